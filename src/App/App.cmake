@@ -1,0 +1,1 @@
+# The process: main and the composition root.

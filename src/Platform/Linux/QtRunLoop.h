@@ -1,0 +1,37 @@
+#pragma once
+
+#include "Platform/RunLoop.h"
+
+#include <QObject>
+
+#include <memory>
+#include <unordered_map>
+
+class QTimer;
+
+namespace veltrin {
+
+/// The Qt event loop of the thread that made it. Timers are precise; `now` is CLOCK_MONOTONIC, which is also the X
+/// server's clock.
+class QtRunLoop final : public QObject, public RunLoop {
+    Q_OBJECT
+public:
+    QtRunLoop();
+    ~QtRunLoop() override;
+
+    double now() const override;
+    double wallNow() const override;
+    void post(std::function<void()> action) override;
+    bool isMainThread() const override;
+    void sleepFor(double seconds) override;
+
+protected:
+    std::uint64_t schedule(double seconds, bool repeats, std::function<void()> action) override;
+    void cancel(std::uint64_t id) override;
+
+private:
+    std::uint64_t lastId_ = 0;
+    std::unordered_map<std::uint64_t, std::unique_ptr<QTimer>> timers_;
+};
+
+}  // namespace veltrin

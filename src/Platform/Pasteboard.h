@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QString>
+
+#include <optional>
+
+namespace veltrin {
+
+/// What stands on a pasteboard as plain text.
+struct PasteboardString {
+    enum class Status {
+        value,       ///< there is a string
+        none,        ///< the pasteboard is empty or holds no text
+        unanswered,  ///< its owner did not answer in time; it may well hold text
+    };
+    Status status = Status::none;
+    QString text;
+
+    std::optional<QString> value() const {
+        return status == Status::value ? std::optional<QString>(text) : std::nullopt;
+    }
+};
+
+enum class PasteboardContent {
+    lasting,    ///< the user's: clipboard managers may keep it
+    temporary,  ///< ours for a moment: marked so that clipboard managers pass it by
+};
+
+/// The general pasteboard. Main thread; a request that an owner does not answer costs at most 0.5 s. What is offered
+/// here is served from a thread of its own, so that a blocked main thread never stalls a paste.
+class Pasteboard {
+public:
+    virtual ~Pasteboard() = default;
+
+    /// Grows with every change by anybody. One change may count more than once.
+    virtual qint64 changeCount() const = 0;
+    virtual PasteboardString string() const = 0;
+    /// Empties it: this program owns it and offers nothing.
+    virtual void clearContents() = 0;
+    /// Offers a plain string; false when the pasteboard could not be taken.
+    virtual bool setString(const QString& text, PasteboardContent content) = 0;
+};
+
+}  // namespace veltrin
