@@ -9,18 +9,29 @@
 #include <optional>
 #include <vector>
 
-/// Where a language model can be reached: the catalogue of providers, how each is stored, and the thinking policy.
-/// No network traffic happens here.
+/// Where a language model can be reached: the catalogue of providers, how each is stored, and the thinking
+/// policy. No network traffic happens here.
 namespace veltrin {
 
 enum class ModelProvider {
-    ollama, openAI, anthropic, google, deepseek, qwen, moonshot, zhipu, siliconFlow, volcengine, tencentHunyuan,
-    baiduQianfan, custom,
+    ollama,
+    openAI,
+    anthropic,
+    google,
+    deepseek,
+    qwen,
+    moonshot,
+    zhipu,
+    siliconFlow,
+    volcengine,
+    tencentHunyuan,
+    baiduQianfan,
+    custom,
 };
 template <>
 inline constexpr auto rawValuesOf<ModelProvider> = std::to_array<const char*>(
-    {"ollama", "openAI", "anthropic", "google", "deepseek", "qwen", "moonshot", "zhipu", "siliconFlow", "volcengine",
-     "tencentHunyuan", "baiduQianfan", "custom"});
+    {"ollama", "openAI", "anthropic", "google", "deepseek", "qwen", "moonshot", "zhipu", "siliconFlow",
+     "volcengine", "tencentHunyuan", "baiduQianfan", "custom"});
 
 enum class ModelAPIStyle { ollama, openAICompatible, anthropicMessages, googleGenerateContent };
 template <>
@@ -38,7 +49,11 @@ inline constexpr auto rawValuesOf<ModelThinkingMode> =
     std::to_array<const char*>({"smart", "alwaysOn", "alwaysOff"});
 
 enum class ModelThinkingRequestKind {
-    unsupported, ollamaThinkParameter, qwenEnableThinking, deepseekReasonerModel, genericThinkParameter,
+    unsupported,
+    ollamaThinkParameter,
+    qwenEnableThinking,
+    deepseekReasonerModel,
+    genericThinkParameter,
 };
 template <>
 inline constexpr auto rawValuesOf<ModelThinkingRequestKind> =
@@ -83,7 +98,8 @@ public:
     ModelAuthField storedAuthField() const;
 
     /// An absent `apiKey` keeps the stored one, an empty one clears it.
-    void saveConfiguration(const QString& model, const QString& endpoint, const std::optional<QString>& apiKey);
+    void saveConfiguration(const QString& model, const QString& endpoint,
+                           const std::optional<QString>& apiKey);
     void saveRequestConfiguration(ModelAPIStyle apiStyle, ModelAuthField authField);
 
 private:
@@ -97,11 +113,11 @@ private:
 struct ModelThinkingRequestPlan {
     ModelProvider provider = ModelProvider::ollama;
     ModelThinkingMode mode = ModelThinkingMode::smart;
-    bool isControllable = false;      ///< the provider and model have a control that is really sent
-    std::optional<bool> thinkValue;   ///< absent when nothing is sent
+    bool isControllable = false;     ///< the provider and model have a control that is really sent
+    std::optional<bool> thinkValue;  ///< absent when nothing is sent
     ModelThinkingRequestKind requestKind = ModelThinkingRequestKind::unsupported;
-    QString model;                    ///< the identifier to put into the request
-    QString message;                  ///< the sentence shown to the user
+    QString model;    ///< the identifier to put into the request
+    QString message;  ///< the sentence shown to the user
 
     /// One line: what the plan adds to a request.
     QString requestPreview() const;

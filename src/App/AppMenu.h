@@ -6,7 +6,8 @@
 
 namespace veltrin {
 
-/// One line of a menu: a title with its key equivalent, or a separator. English only, in both interface languages.
+/// One line of a menu: a title with its key equivalent, or a separator. English only, in both interface
+/// languages.
 struct AppMenuItem {
     QString title;          ///< empty for a separator
     QString keyEquivalent;  ///< in the product's symbols, as "⌥⌘H"; empty when there is none

@@ -10,8 +10,8 @@
 
 namespace veltrin {
 
-/// The user's preferences, held in memory and written through on every change. The one place that defines the default
-/// and the migration of a preference. Main thread.
+/// The user's preferences, held in memory and written through on every change. The one place that defines the
+/// default and the migration of a preference. Main thread.
 class AppSettings {
 public:
     AppSettings(Preferences& preferences, NotificationCenter& notifications, SystemEnvironment& environment);
@@ -29,7 +29,8 @@ private:
 
 public:
     // In the order in which they are loaded; each line is the only place of its key and default.
-    Setting<ModelProvider> selectedModelProvider{preferences_, "selectedModelProvider", ModelProvider::ollama};
+    Setting<ModelProvider> selectedModelProvider{preferences_, "selectedModelProvider",
+                                                 ModelProvider::ollama};
     Setting<QString> selectedModel;
     Setting<ModelThinkingMode> modelThinkingMode{preferences_, "modelThinkingMode", ModelThinkingMode::smart};
     Setting<QString> ollamaEndpoint;
@@ -48,11 +49,12 @@ public:
     Setting<double> tripleSpaceTailIntervalMS{preferences_, "gesture_triple_space_tail_interval_ms", 220};
     Setting<double> tripleSpaceTotalIntervalMS{preferences_, "gesture_triple_space_total_interval_ms", 560};
     Setting<QString> gestureBlacklistedBundleIDsText{preferences_, "gesture_blacklisted_bundle_ids", {}};
-    Setting<QString> optimizeBlacklistedBundleIDsText{preferences_, "shortcut_optimize_blacklisted_bundle_ids", {}};
-    Setting<QString> translationBlacklistedBundleIDsText{preferences_,
-                                                         "shortcut_translation_blacklisted_bundle_ids", {}};
-    Setting<QString> smartSelectBlacklistedBundleIDsText{preferences_,
-                                                         "shortcut_smart_select_blacklisted_bundle_ids", {}};
+    Setting<QString> optimizeBlacklistedBundleIDsText{
+        preferences_, "shortcut_optimize_blacklisted_bundle_ids", {}};
+    Setting<QString> translationBlacklistedBundleIDsText{
+        preferences_, "shortcut_translation_blacklisted_bundle_ids", {}};
+    Setting<QString> smartSelectBlacklistedBundleIDsText{
+        preferences_, "shortcut_smart_select_blacklisted_bundle_ids", {}};
     Setting<QString> voiceBlacklistedBundleIDsText{preferences_, "shortcut_voice_blacklisted_bundle_ids", {}};
     Setting<QString> dragBlacklistedBundleIDsText{preferences_, "shortcut_drag_blacklisted_bundle_ids", {}};
     Setting<bool> gestureVerboseLogging{preferences_, "gesture_verbose_logging", false};
@@ -63,7 +65,8 @@ public:
     Setting<bool> popupSoundEnabled{preferences_, "popup_sound_enabled", true};
     Setting<PopupSoundPreset> popupSoundPreset{preferences_, "popup_sound_preset", PopupSoundPreset::classic};
     // Voice defaults to `current` while the others default to `replaceAll`: meant so.
-    Setting<TextReplaceMode> optimizeReplaceMode{preferences_, "optimize_replace_mode", TextReplaceMode::replaceAll};
+    Setting<TextReplaceMode> optimizeReplaceMode{preferences_, "optimize_replace_mode",
+                                                 TextReplaceMode::replaceAll};
     Setting<TextReplaceMode> translationReplaceMode{preferences_, "translation_replace_mode",
                                                     TextReplaceMode::replaceAll};
     Setting<TextReplaceMode> voiceReplaceMode{preferences_, "voice_replace_mode", TextReplaceMode::current};
@@ -80,13 +83,15 @@ public:
         QString apiKey;
     };
     ModelConfiguration activeModelConfiguration() const;
-    /// An absent `apiKey` keeps the stored key, an empty one clears it; an absent style or field keeps the stored one.
+    /// An absent `apiKey` keeps the stored key, an empty one clears it; an absent style or field keeps the
+    /// stored one.
     void saveActiveModelConfiguration(ModelProvider provider, const QString& model, const QString& endpoint,
                                       const std::optional<QString>& apiKey,
                                       std::optional<ModelAPIStyle> apiStyle = std::nullopt,
                                       std::optional<ModelAuthField> authField = std::nullopt);
 
-    /// The identifiers of a blacklist text: split at commas and line feeds, trimmed, empty ones dropped, order kept.
+    /// The identifiers of a blacklist text: split at commas and line feeds, trimmed, empty ones dropped,
+    /// order kept.
     static QStringList parseBundleList(const QString& text);
 };
 

@@ -11,8 +11,8 @@
 
 namespace veltrin {
 
-/// How a value of type T stands in the preferences: bools, doubles and strings as they are, an enumeration as its raw
-/// value. A stored value of another type, or an unknown raw value, reads as absent.
+/// How a value of type T stands in the preferences: bools, doubles and strings as they are, an enumeration as
+/// its raw value. A stored value of another type, or an unknown raw value, reads as absent.
 template <typename T>
 struct SettingCodec {
     static std::optional<T> read(const Preferences& preferences, const QString& key) {
@@ -46,8 +46,8 @@ inline double real(const Preferences& preferences, const QString& key, double fa
 }
 }  // namespace SettingsKey
 
-/// One preference: loaded when it is made, written through at every `set`, observable. `set` stores what it is given;
-/// it validates nothing and tells observers also of an equal value.
+/// One preference: loaded when it is made, written through at every `set`, observable. `set` stores what it
+/// is given; it validates nothing and tells observers also of an equal value.
 template <typename T>
 class Setting {
 public:

@@ -9,11 +9,13 @@ namespace veltrin {
 /// Which part of a foreign text field a result replaces.
 enum class TextReplaceMode { current, replaceAll, smart };
 template <>
-inline constexpr auto rawValuesOf<TextReplaceMode> = std::to_array<const char*>({"current", "replaceAll", "smart"});
+inline constexpr auto rawValuesOf<TextReplaceMode> =
+    std::to_array<const char*>({"current", "replaceAll", "smart"});
 
 enum class AppAppearanceMode { automatic, light, dark };
 template <>
-inline constexpr auto rawValuesOf<AppAppearanceMode> = std::to_array<const char*>({"automatic", "light", "dark"});
+inline constexpr auto rawValuesOf<AppAppearanceMode> =
+    std::to_array<const char*>({"automatic", "light", "dark"});
 
 /// The language of the interface, not of translation.
 enum class AppLanguage { automatic, simplifiedChinese, english };
@@ -33,8 +35,20 @@ inline constexpr auto rawValuesOf<PopupSoundPreset> =
 
 /// `automatic` (raw value "auto") can be a source and never a target.
 enum class TranslationLanguage {
-    automatic, chinese, english, japanese, korean, french, german, spanish, portuguese, russian, arabic, italian,
-    thai, vietnamese,
+    automatic,
+    chinese,
+    english,
+    japanese,
+    korean,
+    french,
+    german,
+    spanish,
+    portuguese,
+    russian,
+    arabic,
+    italian,
+    thai,
+    vietnamese,
 };
 template <>
 inline constexpr auto rawValuesOf<TranslationLanguage> = std::to_array<const char*>(

@@ -9,11 +9,19 @@
 namespace veltrin {
 
 enum class ExpressionTrigger {
-    optimize, translate, shortcut, smartSelectReply, smartSelectOrganize, drag, voice, inApp,
+    optimize,
+    translate,
+    shortcut,
+    smartSelectReply,
+    smartSelectOrganize,
+    drag,
+    voice,
+    inApp,
 };
 template <>
-inline constexpr auto rawValuesOf<ExpressionTrigger> = std::to_array<const char*>(
-    {"optimize", "translate", "shortcut", "smartSelectReply", "smartSelectOrganize", "drag", "voice", "inApp"});
+inline constexpr auto rawValuesOf<ExpressionTrigger> =
+    std::to_array<const char*>({"optimize", "translate", "shortcut", "smartSelectReply",
+                                "smartSelectOrganize", "drag", "voice", "inApp"});
 
 /// What the user's bound agent contributes.
 struct ExpressionMode {

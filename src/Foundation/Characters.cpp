@@ -11,8 +11,9 @@ namespace {
 constexpr char16_t firstCombining = 0x0300;
 
 bool isSimple(QStringView text) {
-    return std::all_of(text.begin(), text.end(),
-                       [](QChar c) { return c.unicode() < firstCombining && c != u'\r' && c.unicode() != 0xAD; });
+    return std::all_of(text.begin(), text.end(), [](QChar c) {
+        return c.unicode() < firstCombining && c != u'\r' && c.unicode() != 0xAD;
+    });
 }
 
 /// UTF-16 position after `characters` characters, or the text's end.
@@ -35,7 +36,8 @@ qsizetype count(QStringView text) {
     if (isSimple(text)) return text.size();
     QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
     qsizetype characters = 0;
-    while (finder.toNextBoundary() > 0) ++characters;
+    while (finder.toNextBoundary() > 0)
+        ++characters;
     return characters;
 }
 

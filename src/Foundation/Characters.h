@@ -2,8 +2,8 @@
 
 #include <QString>
 
-/// User-perceived characters (extended grapheme clusters). Every length shown to the user, every budget and every
-/// cut goes through here; QString::size() counts UTF-16 units and is for offsets only.
+/// User-perceived characters (extended grapheme clusters). Every length shown to the user, every budget and
+/// every cut goes through here; QString::size() counts UTF-16 units and is for offsets only.
 namespace veltrin::Characters {
 
 /// Number of characters.

@@ -79,12 +79,14 @@ nlohmann::ordered_json toLibrary(const Json& value) {
     if (value.isReal()) return *value.toDouble();
     if (const auto* array = value.array()) {
         auto result = nlohmann::ordered_json::array();
-        for (const Json& element : *array) result.push_back(toLibrary(element));
+        for (const Json& element : *array)
+            result.push_back(toLibrary(element));
         return result;
     }
     if (const auto* object = value.object()) {
         auto result = nlohmann::ordered_json::object();
-        for (const auto& [key, member] : *object) result.push_back({key.toStdString(), toLibrary(member)});
+        for (const auto& [key, member] : *object)
+            result.push_back({key.toStdString(), toLibrary(member)});
         return result;
     }
     return nullptr;
@@ -94,7 +96,8 @@ nlohmann::ordered_json toLibrary(const Json& value) {
 
 Json Json::parse(const QByteArray& utf8) {
     Builder builder;
-    if (!nlohmann::ordered_json::sax_parse(utf8.begin(), utf8.end(), &builder)) throw ParseError(builder.error());
+    if (!nlohmann::ordered_json::sax_parse(utf8.begin(), utf8.end(), &builder))
+        throw ParseError(builder.error());
     return builder.take();
 }
 

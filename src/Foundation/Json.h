@@ -12,8 +12,8 @@
 
 namespace veltrin {
 
-/// A JSON value that keeps what QJsonDocument loses: the order of an object's members, and the difference between
-/// an integer and a real number. Plain value; copying copies.
+/// A JSON value that keeps what QJsonDocument loses: the order of an object's members, and the difference
+/// between an integer and a real number. Plain value; copying copies.
 class Json {
 public:
     using Array = std::vector<Json>;
@@ -47,7 +47,8 @@ public:
     /// The same, with nothing instead of an exception.
     static std::optional<Json> tryParse(const QByteArray& utf8);
 
-    /// Compact UTF-8 text, or indented by `indent` blanks a level when that is 0 or more. Lone surrogates become U+FFFD.
+    /// Compact UTF-8 text, or indented by `indent` blanks a level when that is 0 or more. Lone surrogates
+    /// become U+FFFD.
     QByteArray serialized(int indent = -1) const;
 
     bool isNull() const { return std::holds_alternative<std::monostate>(value_); }
@@ -71,7 +72,8 @@ public:
     Array* array() { return std::get_if<Array>(&value_); }
     Object* object() { return std::get_if<Object>(&value_); }
 
-    /// The member of that name (the last one when a text names it twice), or null: also when this is no object.
+    /// The member of that name (the last one when a text names it twice), or null: also when this is no
+    /// object.
     const Json* find(QStringView key) const;
     /// Sets a member, in place when it exists, else at the end. A value that is no object becomes one first.
     void set(const QString& key, Json value);

@@ -5,8 +5,8 @@
 
 namespace veltrin {
 
-/// Lets callbacks hold their owner weakly: the owner has a Lifetime as its last member, and a callback made by
-/// `bind` does nothing (and gives a default-made result) once the owner is gone. Main thread only.
+/// Lets callbacks hold their owner weakly: the owner has a Lifetime as its last member, and a callback made
+/// by `bind` does nothing (and gives a default-made result) once the owner is gone. Main thread only.
 class Lifetime {
 public:
     class Token {

@@ -3,12 +3,13 @@
 #include <QDateTime>
 #include <QFile>
 
-#include <cerrno>
-#include <cstdio>
 #include <fcntl.h>
-#include <mutex>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <mutex>
 
 namespace veltrin {
 namespace {
@@ -27,14 +28,14 @@ State& state() {
 }
 
 bool isStillOurFile(const State& log) {
-    struct stat open{};
-    struct stat named{};
+    struct stat open {};
+    struct stat named {};
     return fstat(log.descriptor, &open) == 0 && lstat(QFile::encodeName(log.url).constData(), &named) == 0 &&
            open.st_dev == named.st_dev && open.st_ino == named.st_ino;
 }
 
-/// Opens the file when it is not open, or was moved away since. A link, a folder, a pipe or somebody else's file is
-/// left alone: a world-writable folder must not lead us to write where another user points.
+/// Opens the file when it is not open, or was moved away since. A link, a folder, a pipe or somebody else's
+/// file is left alone: a world-writable folder must not lead us to write where another user points.
 void ensureOpen(State& log) {
     if (log.descriptor >= 0 && isStillOurFile(log)) return;
     if (log.descriptor >= 0) {
@@ -44,7 +45,7 @@ void ensureOpen(State& log) {
     if (log.refused) return;
     const int file = open(QFile::encodeName(log.url).constData(),
                           O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK, 0600);
-    struct stat info{};
+    struct stat info {};
     if (file < 0 || fstat(file, &info) != 0 || !S_ISREG(info.st_mode) || info.st_uid != geteuid()) {
         log.refused = true;
         std::fprintf(stderr, "Veltrin: the log file %s cannot be written; lines go to standard output only\n",
@@ -77,7 +78,11 @@ void MVPLog::setPrinting(bool printing) {
 }
 
 QString MVPLog::text(const QRectF& item) {
-    return QStringLiteral("(%1, %2, %3, %4)").arg(item.x()).arg(item.y()).arg(item.width()).arg(item.height());
+    return QStringLiteral("(%1, %2, %3, %4)")
+        .arg(item.x())
+        .arg(item.y())
+        .arg(item.width())
+        .arg(item.height());
 }
 
 void MVPLog::writeLine(const QString& line) {
@@ -91,7 +96,8 @@ void MVPLog::writeLine(const QString& line) {
     }
     ensureOpen(log);
     if (log.descriptor < 0) return;
-    const QString date = QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss +0000"));
+    const QString date =
+        QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss +0000"));
     const QByteArray entry = "[" + date.toUtf8() + "] " + utf8 + "\n";
     // One write a line, so that lines of two processes never mix. A full disk loses the line, nothing else.
     [[maybe_unused]] const auto written =

@@ -8,8 +8,9 @@
 
 namespace veltrin {
 
-/// The one log. A line goes to standard output and, with the date in front, to the end of the log file. The file is
-/// opened without following links, mode 0600; a failure to write is ignored. Callable from any thread.
+/// The one log. A line goes to standard output and, with the date in front, to the end of the log file. The
+/// file is opened without following links, mode 0600; a failure to write is ignored. Callable from any
+/// thread.
 ///
 /// The log never holds typed text beyond the previews its callers state, never a key, never a header.
 class MVPLog {

@@ -8,7 +8,8 @@
 
 namespace veltrin {
 
-/// Named notifications inside the process. Observers are told at once, in the order they came. Main thread only.
+/// Named notifications inside the process. Observers are told at once, in the order they came. Main thread
+/// only.
 class NotificationCenter {
 public:
     Subscription observe(const QString& name, std::function<void()> observer) {

@@ -34,8 +34,8 @@ private:
     std::function<void()> end_;
 };
 
-/// A list of observers of one happening. An observer may subscribe or cancel, itself included, while it is told.
-/// Main thread only.
+/// A list of observers of one happening. An observer may subscribe or cancel, itself included, while it is
+/// told. Main thread only.
 template <typename... Arguments>
 class Observers {
 public:
@@ -53,7 +53,8 @@ public:
         const auto list = list_;  // an observer may destroy the owner of this object
         std::vector<std::uint64_t> ids;
         ids.reserve(list->functions.size());
-        for (const auto& entry : list->functions) ids.push_back(entry.first);
+        for (const auto& entry : list->functions)
+            ids.push_back(entry.first);
         for (const auto id : ids) {
             const auto found = list->functions.find(id);
             if (found == list->functions.end()) continue;

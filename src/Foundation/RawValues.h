@@ -34,7 +34,8 @@ inline constexpr std::size_t caseCount = rawValuesOf<E>.size();
 template <typename E>
 constexpr auto allCases() {
     std::array<E, rawValuesOf<E>.size()> cases{};
-    for (std::size_t i = 0; i < cases.size(); ++i) cases[i] = static_cast<E>(i);
+    for (std::size_t i = 0; i < cases.size(); ++i)
+        cases[i] = static_cast<E>(i);
     return cases;
 }
 

@@ -17,7 +17,8 @@ bool isBlank(QStringView text);
 /// `text` on one line: every line break and tab becomes a blank, then the ends are trimmed.
 QString singleLine(const QString& text);
 
-/// `singleLine(text)`, and when that has more than `characters` characters, its first `characters` followed by
+/// `singleLine(text)`, and when that has more than `characters` characters, its first `characters` followed
+/// by
 /// "...".
 QString preview(const QString& text, qsizetype characters);
 

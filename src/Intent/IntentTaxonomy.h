@@ -6,13 +6,21 @@
 
 #include <optional>
 
-/// The vocabulary in which an intent is stated. Everything downstream (prompt, contract, log) reads an ActionSpec and
-/// never derives the intent again from the gesture.
+/// The vocabulary in which an intent is stated. Everything downstream (prompt, contract, log) reads an
+/// ActionSpec and never derives the intent again from the gesture.
 namespace veltrin {
 
 enum class ActionOperation {
-    semanticExpansion, visualPromptRefinement, writingRefinement, taskInstructionClarification,
-    structureOrganization, translate, reply, explain, extract, agentTransform,
+    semanticExpansion,
+    visualPromptRefinement,
+    writingRefinement,
+    taskInstructionClarification,
+    structureOrganization,
+    translate,
+    reply,
+    explain,
+    extract,
+    agentTransform,
 };
 template <>
 inline constexpr auto rawValuesOf<ActionOperation> = std::to_array<const char*>(
@@ -20,8 +28,18 @@ inline constexpr auto rawValuesOf<ActionOperation> = std::to_array<const char*>(
      "structureOrganization", "translate", "reply", "explain", "extract", "agentTransform"});
 
 enum class IntentInputKind {
-    conceptPhrase, visualPrompt, writingDraft, chatMessage, knowledgeText, structuredText, codeOrError,
-    commandRequest, fileDocument, image, voiceTranscript, unknown,
+    conceptPhrase,
+    visualPrompt,
+    writingDraft,
+    chatMessage,
+    knowledgeText,
+    structuredText,
+    codeOrError,
+    commandRequest,
+    fileDocument,
+    image,
+    voiceTranscript,
+    unknown,
 };
 template <>
 inline constexpr auto rawValuesOf<IntentInputKind> = std::to_array<const char*>(
@@ -29,15 +47,33 @@ inline constexpr auto rawValuesOf<IntentInputKind> = std::to_array<const char*>(
      "codeOrError", "commandRequest", "fileDocument", "image", "voiceTranscript", "unknown"});
 
 enum class IntentDomain {
-    visualDesign, writing, chat, translation, code, knowledge, business, personal, unknown,
+    visualDesign,
+    writing,
+    chat,
+    translation,
+    code,
+    knowledge,
+    business,
+    personal,
+    unknown,
 };
 template <>
-inline constexpr auto rawValuesOf<IntentDomain> = std::to_array<const char*>(
-    {"visualDesign", "writing", "chat", "translation", "code", "knowledge", "business", "personal", "unknown"});
+inline constexpr auto rawValuesOf<IntentDomain> =
+    std::to_array<const char*>({"visualDesign", "writing", "chat", "translation", "code", "knowledge",
+                                "business", "personal", "unknown"});
 
 enum class OptimizationStrategy {
-    expressionStandards, plainRewrite, structureExtraction, exactTransform, languageTransfer, replyGeneration,
-    multimodalUnderstanding, promptReverseEngineering, voiceDictation, voicePromptStructuring, voiceNoteStructuring,
+    expressionStandards,
+    plainRewrite,
+    structureExtraction,
+    exactTransform,
+    languageTransfer,
+    replyGeneration,
+    multimodalUnderstanding,
+    promptReverseEngineering,
+    voiceDictation,
+    voicePromptStructuring,
+    voiceNoteStructuring,
 };
 template <>
 inline constexpr auto rawValuesOf<OptimizationStrategy> = std::to_array<const char*>(
@@ -46,7 +82,12 @@ inline constexpr auto rawValuesOf<OptimizationStrategy> = std::to_array<const ch
      "voicePromptStructuring", "voiceNoteStructuring"});
 
 enum class OutputContractKind {
-    plainTextTransform, semanticExpansion, translation, replyDraft, analysis, promptSource,
+    plainTextTransform,
+    semanticExpansion,
+    translation,
+    replyDraft,
+    analysis,
+    promptSource,
 };
 template <>
 inline constexpr auto rawValuesOf<OutputContractKind> = std::to_array<const char*>(

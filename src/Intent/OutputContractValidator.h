@@ -5,7 +5,11 @@
 namespace veltrin {
 
 enum class OutputContractViolation {
-    metaInstructionLeak, subjectInvented, targetLanguageMismatch, emptyOutput, formatMismatch,
+    metaInstructionLeak,
+    subjectInvented,
+    targetLanguageMismatch,
+    emptyOutput,
+    formatMismatch,
 };
 template <>
 inline constexpr auto rawValuesOf<OutputContractViolation> = std::to_array<const char*>(
@@ -26,7 +30,8 @@ struct OutputContractDecision {
 };
 
 namespace OutputContractValidator {
-OutputContractDecision validate(const QString& output, const QString& sourceText, const ActionSpec& actionSpec);
+OutputContractDecision validate(const QString& output, const QString& sourceText,
+                                const ActionSpec& actionSpec);
 }  // namespace OutputContractValidator
 
 }  // namespace veltrin

@@ -51,7 +51,8 @@ enum class AXAttribute {
     focused,            ///< bool
 };
 
-/// A user-interface element of some application, held as long as somebody wants it. It may be gone over there.
+/// A user-interface element of some application, held as long as somebody wants it. It may be gone over
+/// there.
 class AXElement {
 public:
     virtual ~AXElement() = default;
@@ -76,12 +77,13 @@ struct AXResult {
     bool ok() const { return error == AXError::success; }
 };
 
-/// Accessibility of all applications. Synchronous, main thread; a call into an application that hangs costs a bounded
-/// wait (at most 0.6 s for a read of several attributes) and then gives `cannotComplete`. Rectangles and points have
-/// the origin at the top left of the desktop. Text offsets are UTF-16 units, whatever the toolkit counts.
+/// Accessibility of all applications. Synchronous, main thread; a call into an application that hangs costs a
+/// bounded wait (at most 0.6 s for a read of several attributes) and then gives `cannotComplete`. Rectangles
+/// and points have the origin at the top left of the desktop. Text offsets are UTF-16 units, whatever the
+/// toolkit counts.
 ///
-/// Password fields are never read: they have no value, no selection, and nothing in them is settable. Calls about
-/// this process are answered inside it.
+/// Password fields are never read: they have no value, no selection, and nothing in them is settable. Calls
+/// about this process are answered inside it.
 class Accessibility {
 public:
     virtual ~Accessibility() = default;
@@ -91,14 +93,18 @@ public:
     /// The same, asking the user or the desktop to turn it on where that is possible.
     virtual bool promptForTrust() = 0;
 
-    /// The element that stands for an application. Never null; calls on it fail when there is no such process.
+    /// The element that stands for an application. Never null; calls on it fail when there is no such
+    /// process.
     virtual AXElementRef applicationElement(qint32 processIdentifier) = 0;
 
     virtual AXResult<AXValue> copyAttributeValue(const AXElementRef& element, AXAttribute attribute) = 0;
-    virtual AXResult<AXValue> copyParameterizedAttributeValue(const AXElementRef& element, AXAttribute attribute,
+    virtual AXResult<AXValue> copyParameterizedAttributeValue(const AXElementRef& element,
+                                                              AXAttribute attribute,
                                                               const AXValue& parameter) = 0;
-    /// Success only when the element was read back as set; otherwise `cannotComplete`, and the write may still land.
-    virtual AXError setAttributeValue(const AXElementRef& element, AXAttribute attribute, const AXValue& value) = 0;
+    /// Success only when the element was read back as set; otherwise `cannotComplete`, and the write may
+    /// still land.
+    virtual AXError setAttributeValue(const AXElementRef& element, AXAttribute attribute,
+                                      const AXValue& value) = 0;
     virtual AXResult<bool> isAttributeSettable(const AXElementRef& element, AXAttribute attribute) = 0;
 };
 

@@ -19,8 +19,9 @@ struct PanelSpec {
     QString text;
 };
 
-/// A panel that floats above every window on every desktop and never takes the keyboard focus. Coordinates are the
-/// windowing layer's (origin at the bottom left). Destroying it closes it without animation. Main thread.
+/// A panel that floats above every window on every desktop and never takes the keyboard focus. Coordinates
+/// are the windowing layer's (origin at the bottom left). Destroying it closes it without animation. Main
+/// thread.
 class FloatingPanel {
 public:
     virtual ~FloatingPanel() = default;

@@ -4,8 +4,8 @@
 
 namespace veltrin {
 
-/// Virtual key codes, the product's own numbering of the keys of a US keyboard. The adapter maps a real key by the
-/// Latin letter or digit it has in the user's layout, else by its position.
+/// Virtual key codes, the product's own numbering of the keys of a US keyboard. The adapter maps a real key
+/// by the Latin letter or digit it has in the user's layout, else by its position.
 namespace KeyCode {
 inline constexpr qint64 a = 0;
 inline constexpr qint64 c = 8;

@@ -23,17 +23,18 @@ struct KeyEvent {
 struct ClaimableKey {
     qint64 keyCode = KeyCode::unknown;
     quint64 flags = 0;
-    bool anyFlags = false;  ///< claimed when at least `flags` are held, whatever else is; else exactly `flags`
+    bool anyFlags =
+        false;  ///< claimed when at least `flags` are held, whatever else is; else exactly `flags`
     friend bool operator==(const ClaimableKey&, const ClaimableKey&) = default;
 };
 
-/// A session-wide key event tap. Its handler runs on the main thread, once for every event of the mask, and answers
-/// whether the event goes on (true) or is swallowed (false).
+/// A session-wide key event tap. Its handler runs on the main thread, once for every event of the mask, and
+/// answers whether the event goes on (true) or is swallowed (false).
 ///
-/// Only keys named by `setClaimable` can be swallowed; for every other key the handler is told after the fact and
-/// its answer is void, so that listening never delays a key. A claimable key waits for the answer at most 50 ms and
-/// is passed on without one. When the press of a key was swallowed, so are its repeats and its release, whatever the
-/// handler answers to them; no application ever sees half a key.
+/// Only keys named by `setClaimable` can be swallowed; for every other key the handler is told after the fact
+/// and its answer is void, so that listening never delays a key. A claimable key waits for the answer at most
+/// 50 ms and is passed on without one. When the press of a key was swallowed, so are its repeats and its
+/// release, whatever the handler answers to them; no application ever sees half a key.
 ///
 /// Destroying the tap ends it; no key stays down and no grab stays behind.
 class KeyEventTap {
@@ -45,8 +46,8 @@ public:
     /// Puts the tap's source on the main run loop (and off it). A tap that is off the loop delivers nothing.
     virtual bool addToRunLoop() = 0;
     virtual void removeFromRunLoop() = 0;
-    /// Switches the tap on or off. Off, it listens to nothing and claims nothing; events that came while it was off
-    /// are never delivered, not even those still queued when it goes on again.
+    /// Switches the tap on or off. Off, it listens to nothing and claims nothing; events that came while it
+    /// was off are never delivered, not even those still queued when it goes on again.
     virtual void setEnabled(bool enabled) = 0;
     /// Replaces the set of combinations that may be swallowed.
     virtual void setClaimable(std::vector<ClaimableKey> keys) = 0;

@@ -26,8 +26,8 @@ enum class PasteboardContent {
     temporary,  ///< ours for a moment: marked so that clipboard managers pass it by
 };
 
-/// The general pasteboard. Main thread; a request that an owner does not answer costs at most 0.5 s. What is offered
-/// here is served from a thread of its own, so that a blocked main thread never stalls a paste.
+/// The general pasteboard. Main thread; a request that an owner does not answer costs at most 0.5 s. What is
+/// offered here is served from a thread of its own, so that a blocked main thread never stalls a paste.
 class Pasteboard {
 public:
     virtual ~Pasteboard() = default;

@@ -12,8 +12,8 @@ namespace veltrin {
 
 using PreferenceValue = std::variant<bool, double, QString, QByteArray>;
 
-/// The user's preferences: one typed value a key, written through at once. An absent key is not a stored false or
-/// zero, and a value keeps its type. Reading is cheap enough for the path of every key. Main thread.
+/// The user's preferences: one typed value a key, written through at once. An absent key is not a stored
+/// false or zero, and a value keeps its type. Reading is cheap enough for the path of every key. Main thread.
 class Preferences {
 public:
     virtual ~Preferences() = default;

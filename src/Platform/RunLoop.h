@@ -29,8 +29,8 @@ private:
     std::uint64_t id_ = 0;
 };
 
-/// The main run loop and the only clock of the core. Everything runs on the main thread; `post` may be called from
-/// any thread, the rest from the main thread only.
+/// The main run loop and the only clock of the core. Everything runs on the main thread; `post` may be called
+/// from any thread, the rest from the main thread only.
 class RunLoop {
 public:
     RunLoop() = default;
@@ -52,7 +52,9 @@ public:
         return Timer(*this, schedule(seconds, true, std::move(action)));
     }
     /// Runs `action` once, `seconds` from now, with nobody to cancel it.
-    void afterDetached(double seconds, std::function<void()> action) { schedule(seconds, false, std::move(action)); }
+    void afterDetached(double seconds, std::function<void()> action) {
+        schedule(seconds, false, std::move(action));
+    }
     /// Runs `action` on the next turn of the loop. Any thread.
     virtual void post(std::function<void()> action) = 0;
     virtual bool isMainThread() const = 0;

@@ -8,15 +8,27 @@
 
 namespace veltrin {
 
-/// Rectangles of the windowing layer: x to the right, y upwards, the origin at the bottom left of the desktop. In a
-/// QRectF of this kind `top()` is the lower edge; these names say what is meant.
+/// Rectangles of the windowing layer: x to the right, y upwards, the origin at the bottom left of the
+/// desktop. In a QRectF of this kind `top()` is the lower edge; these names say what is meant.
 namespace ScreenRect {
-inline double minX(const QRectF& r) { return r.x(); }
-inline double midX(const QRectF& r) { return r.x() + r.width() * 0.5; }
-inline double maxX(const QRectF& r) { return r.x() + r.width(); }
-inline double minY(const QRectF& r) { return r.y(); }
-inline double midY(const QRectF& r) { return r.y() + r.height() * 0.5; }
-inline double maxY(const QRectF& r) { return r.y() + r.height(); }
+inline double minX(const QRectF& r) {
+    return r.x();
+}
+inline double midX(const QRectF& r) {
+    return r.x() + r.width() * 0.5;
+}
+inline double maxX(const QRectF& r) {
+    return r.x() + r.width();
+}
+inline double minY(const QRectF& r) {
+    return r.y();
+}
+inline double midY(const QRectF& r) {
+    return r.y() + r.height() * 0.5;
+}
+inline double maxY(const QRectF& r) {
+    return r.y() + r.height();
+}
 }  // namespace ScreenRect
 
 struct Screen {

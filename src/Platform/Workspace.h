@@ -11,12 +11,13 @@ struct RunningApplication {
     qint32 processIdentifier = 0;
     std::optional<QString> localizedName;
     std::optional<QString> bundleIdentifier;  ///< on Linux the desktop file id
-    quint64 window = 0;                       ///< the desktop's own name of its active window; 0 when it has none
+    quint64 window = 0;  ///< the desktop's own name of its active window; 0 when it has none
 };
 
 enum class ActivateOptions { none, ignoringOtherApps };
 
-/// The running applications and which of them has the keyboard. Main thread; never blocks on a foreign process.
+/// The running applications and which of them has the keyboard. Main thread; never blocks on a foreign
+/// process.
 class Workspace {
 public:
     virtual ~Workspace() = default;

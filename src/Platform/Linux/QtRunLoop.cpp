@@ -23,14 +23,20 @@ double secondsOf(clockid_t clock) {
 QtRunLoop::QtRunLoop() = default;
 QtRunLoop::~QtRunLoop() = default;
 
-double QtRunLoop::now() const { return secondsOf(CLOCK_MONOTONIC); }
-double QtRunLoop::wallNow() const { return secondsOf(CLOCK_REALTIME); }
+double QtRunLoop::now() const {
+    return secondsOf(CLOCK_MONOTONIC);
+}
+double QtRunLoop::wallNow() const {
+    return secondsOf(CLOCK_REALTIME);
+}
 
 void QtRunLoop::post(std::function<void()> action) {
     QMetaObject::invokeMethod(this, std::move(action), Qt::QueuedConnection);
 }
 
-bool QtRunLoop::isMainThread() const { return QThread::currentThread() == thread(); }
+bool QtRunLoop::isMainThread() const {
+    return QThread::currentThread() == thread();
+}
 
 void QtRunLoop::sleepFor(double seconds) {
     if (seconds > 0) QThread::usleep(static_cast<unsigned long>(std::llround(seconds * 1e6)));

@@ -11,8 +11,8 @@ class QTimer;
 
 namespace veltrin {
 
-/// The Qt event loop of the thread that made it. Timers are precise; `now` is CLOCK_MONOTONIC, which is also the X
-/// server's clock.
+/// The Qt event loop of the thread that made it. Timers are precise; `now` is CLOCK_MONOTONIC, which is also
+/// the X server's clock.
 class QtRunLoop final : public QObject, public RunLoop {
     Q_OBJECT
 public:
