@@ -1,1 +1,12 @@
 # The process: main and the composition root.
+add_executable(veltrin ${CMAKE_CURRENT_LIST_DIR}/main.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/CompositionRoot.cpp ${CMAKE_CURRENT_LIST_DIR}/CompositionRoot.h)
+target_link_libraries(veltrin PRIVATE veltrin_coordinator veltrin_linux veltrin_ui)
+target_precompile_headers(veltrin PRIVATE ${VELTRIN_CORE_PCH})
+
+include(GNUInstallDirs)
+install(TARGETS veltrin RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(FILES ${CMAKE_SOURCE_DIR}/packaging/com.veltrin.app.desktop
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
+install(FILES ${CMAKE_SOURCE_DIR}/packaging/com.veltrin.app.svg
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps)

@@ -1,0 +1,152 @@
+#include "App/AppDelegate.h"
+
+#include "AI/OllamaClient.h"
+#include "Data/AppSettings.h"
+#include "Expression/ExpressionMemoryStore.h"
+#include "Foundation/MVPLog.h"
+#include "Platform/RunLoop.h"
+
+#include <algorithm>
+
+namespace veltrin {
+namespace {
+
+constexpr double readySeconds = 6.0;
+constexpr double permissionSeconds = 6.0;
+constexpr double gesturesOffSeconds = 2.0;
+
+/// The milliseconds of a setting, held within its range, in seconds.
+double seconds(const Setting<double>& milliseconds, double minimum, double maximum) {
+    return std::clamp(milliseconds(), minimum, maximum) / 1000;
+}
+
+}  // namespace
+
+AppDelegate::AppDelegate(const Desktop& desktop, const Shared& shared)
+    : desktop_(desktop),
+      shared_(shared),
+      appPolicy_(desktop.workspace, shared.settings),
+      engine_(desktop.runLoop, desktop.keyEventTaps, desktop.preferences, desktop.pasteboard),
+      debugPanel_(desktop.runLoop, desktop.screens, desktop.floatingPanels, desktop.pasteboard, desktop.preferences),
+      permissions_(desktop.workspace, desktop.accessibility, desktop.keyEventTaps),
+      reader_(desktop.accessibility, desktop.workspace, desktop.preferences),
+      locator_(desktop.accessibility, desktop.workspace, desktop.screens),
+      writeback_(desktop.accessibility, desktop.workspace, desktop.pasteboard, desktop.keyPoster, desktop.runLoop),
+      validator_(desktop.accessibility, desktop.workspace, shared.settings),
+      expressions_(shared.client),
+      actions_({desktop.runLoop, desktop.accessibility, shared.settings, engine_, debugPanel_, writeback_,
+                validator_, expressions_, shared.expressionMemory}),
+      translation_(engine_, locator_, reader_, actions_),
+      gates_(shared.settings, appPolicy_),
+      quitShortcut_(desktop.keyEventTaps, desktop.runLoop, desktop.processControl) {}
+
+AppDelegate::~AppDelegate() = default;
+
+void AppDelegate::applicationDidFinishLaunching() {
+    MVPLog::write("MVP App launched");
+    permissions_.logAll();
+    permissions_.promptAccessibilityIfNeeded();
+    showMainWindow();
+    quitShortcut_.start();
+    if (shared_.settings.hasCompletedOnboarding())
+        debugPanel_.showPanel(QStringLiteral("Veltrin Ready"), std::nullopt, readySeconds);
+    setupNotificationObservers();
+    fillEngine();
+    subscribeToSettings();
+    warmUp();
+}
+
+void AppDelegate::setupNotificationObservers() {
+    for (const QString& name : {Notifications::showMainWindow, Notifications::showOnboarding}) {
+        notificationObservers_.push_back(shared_.notifications.observe(name, lifetime_.bind([this] {
+            desktop_.runLoop.post(lifetime_.bind([this] { showMainWindow(); }));
+        })));
+    }
+}
+
+void AppDelegate::fillEngine() {
+    const AppSettings& settings = shared_.settings;
+    engine_.isFrontmostAppAllowedForDouble = lifetime_.bind([this] { return appPolicy_.isFrontmostAppAllowed({}); });
+    engine_.characterBeforeCursorProvider = lifetime_.bind([this] { return reader_.characterBeforeCursor(); });
+    engine_.doubleSpaceMaximumInterval = [&settings] { return seconds(settings.doubleSpaceMaxIntervalMS, 120, 500); };
+    engine_.doubleSpaceIdleGuard = [&settings] { return seconds(settings.doubleSpaceIdleGuardMS, 300, 2000); };
+    engine_.tripleSpaceMaximumTailInterval = [&settings] {
+        return seconds(settings.tripleSpaceTailIntervalMS, 120, 320);
+    };
+    engine_.tripleSpaceMaximumTotalInterval = [&settings] {
+        return seconds(settings.tripleSpaceTotalIntervalMS, 300, 800);
+    };
+    engine_.onDouble = lifetime_.bind([this] { onDouble(); });
+    engine_.onTriple = lifetime_.bind([this] { onTriple(); });
+    engine_.onCustomShortcut = lifetime_.bind([this](CustomShortcutAction action) {
+        desktop_.runLoop.post(lifetime_.bind([this, action] { handleCustomShortcut(action); }));
+    });
+}
+
+void AppDelegate::subscribeToSettings() {
+    // Only changes pass, and each is acted on in a later turn; the first value is what starts the tap.
+    const auto deliver = [this](bool enabled) {
+        if (lastGesturesEnabled_ == enabled) return;
+        lastGesturesEnabled_ = enabled;
+        desktop_.runLoop.post(lifetime_.bind([this, enabled] { setGestureEngineEnabled(enabled); }));
+    };
+    settingsCancellable_ = shared_.settings.spaceGesturesEnabled.changed.subscribe(lifetime_.bind(deliver));
+    deliver(shared_.settings.spaceGesturesEnabled());
+}
+
+void AppDelegate::setGestureEngineEnabled(bool enabled) {
+    if (!enabled) {
+        engine_.stop();
+        MVPLog::write("SpaceGestureEngine stopped by settings");
+        debugPanel_.showPanel(QStringLiteral("Global Gestures Off"), std::nullopt, gesturesOffSeconds);
+        return;
+    }
+    if (engine_.start()) {
+        MVPLog::write("SpaceGestureEngine started successfully");
+    } else {
+        MVPLog::write("SpaceGestureEngine failed to start");
+        debugPanel_.showPanel(QStringLiteral("Input Monitoring Required"), std::nullopt, permissionSeconds);
+    }
+}
+
+void AppDelegate::onDouble() {
+    if (!gates_.allows(Trigger::doubleTap)) return;
+    MVPLog::write("Double Space Triggered");
+}
+
+void AppDelegate::onTriple() {
+    if (!gates_.allows(Trigger::tripleTap)) return;
+    MVPLog::write("Triple Space Triggered");
+    translation_.start(desktop_.runLoop);
+}
+
+void AppDelegate::handleCustomShortcut(CustomShortcutAction action) {
+    if (action == CustomShortcutAction::translation && gates_.allows(Trigger::translationShortcut))
+        translation_.start(desktop_.runLoop);
+}
+
+void AppDelegate::warmUp() {
+    // Nobody waits for it, and it never throws.
+    shared_.client.warmup();
+}
+
+void AppDelegate::showMainWindow() { MVPLog::write("Main window requested"); }
+
+bool AppDelegate::applicationShouldHandleReopen(bool) {
+    showMainWindow();
+    return false;
+}
+
+bool AppDelegate::applicationShouldTerminate() {
+    engine_.stop();
+    return true;
+}
+
+void AppDelegate::applicationWillTerminate() {
+    engine_.stop();
+    quitShortcut_.stop();
+    // The user's clipboard does not wait for a timer that will never fire.
+    writeback_.runPendingRestores();
+}
+
+}  // namespace veltrin

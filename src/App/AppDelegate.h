@@ -1,0 +1,89 @@
+#pragma once
+
+#include "App/DirectTranslation.h"
+#include "App/ExternalActionHandler.h"
+#include "App/QuitShortcut.h"
+#include "App/TriggerGates.h"
+#include "Debug/MVPDebugPanel.h"
+#include "Engines/ExpressionRunner.h"
+#include "ExternalAccess/ExternalTextInputLocator.h"
+#include "ExternalAccess/ExternalTextInputReader.h"
+#include "ExternalAccess/ExternalTextWriteback.h"
+#include "ExternalAccess/PermissionDiagnostics.h"
+#include "ExternalAccess/WritebackTargetValidator.h"
+#include "Foundation/Lifetime.h"
+#include "Foundation/NotificationCenter.h"
+#include "Gesture/SpaceGestureEngine.h"
+#include "Gesture/SpaceGesturePolicy.h"
+#include "Platform/Desktop.h"
+
+#include <optional>
+#include <vector>
+
+namespace veltrin {
+
+class AppSettings;
+class ExpressionMemoryStore;
+class OllamaClient;
+
+/// The spine of the process: owns the long-lived objects, turns the engine's raw callbacks into actions, and brings
+/// the process up and down in order. The work of each interaction is done by an object of its own. Main thread.
+class AppDelegate {
+public:
+    /// Process-wide objects that outlive the delegate.
+    struct Shared {
+        AppSettings& settings;
+        NotificationCenter& notifications;
+        OllamaClient& client;
+        ExpressionMemoryStore& expressionMemory;
+    };
+
+    AppDelegate(const Desktop& desktop, const Shared& shared);
+    AppDelegate(const AppDelegate&) = delete;
+    AppDelegate& operator=(const AppDelegate&) = delete;
+    ~AppDelegate();
+
+    void applicationDidFinishLaunching();
+    /// The program was started again or its icon was pressed. Always answers false: nothing is left to the caller.
+    bool applicationShouldHandleReopen(bool hasVisibleWindows);
+    /// True: the process may end now.
+    bool applicationShouldTerminate();
+    void applicationWillTerminate();
+
+    void showMainWindow();
+    void handleCustomShortcut(CustomShortcutAction action);
+
+    SpaceGestureEngine& engine() { return engine_; }
+    MVPDebugPanel& debugPanel() { return debugPanel_; }
+
+private:
+    void setupNotificationObservers();
+    void fillEngine();
+    void subscribeToSettings();
+    void setGestureEngineEnabled(bool enabled);
+    void onDouble();
+    void onTriple();
+    void warmUp();
+
+    Desktop desktop_;
+    Shared shared_;
+    SpaceGestureAppPolicy appPolicy_;
+    SpaceGestureEngine engine_;
+    MVPDebugPanel debugPanel_;
+    PermissionDiagnostics permissions_;
+    ExternalTextInputReader reader_;
+    ExternalTextInputLocator locator_;
+    ExternalTextWriteback writeback_;
+    WritebackTargetValidator validator_;
+    ExpressionRunner expressions_;
+    ExternalActionHandler actions_;
+    DirectTranslation translation_;
+    TriggerGates gates_;
+    QuitShortcut quitShortcut_;
+    std::vector<Subscription> notificationObservers_;
+    Subscription settingsCancellable_;
+    std::optional<bool> lastGesturesEnabled_;
+    Lifetime lifetime_;
+};
+
+}  // namespace veltrin

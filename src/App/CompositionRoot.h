@@ -1,0 +1,27 @@
+#pragma once
+
+#include <memory>
+
+class QGuiApplication;
+
+namespace veltrin {
+
+class SingleInstance;
+
+/// Builds the adapters of this desktop, hands them to the core objects by constructor, and starts the delegate. The
+/// only place that knows which adapter stands for which port.
+class CompositionRoot {
+public:
+    CompositionRoot(QGuiApplication& application, SingleInstance& instance);
+    ~CompositionRoot();
+
+    void launch();
+    /// Ends the process in the ordinary way.
+    void terminate();
+
+private:
+    struct Objects;
+    std::unique_ptr<Objects> objects_;
+};
+
+}  // namespace veltrin

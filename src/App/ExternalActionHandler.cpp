@@ -1,0 +1,93 @@
+#include "App/ExternalActionHandler.h"
+
+#include "Data/AppSettings.h"
+#include "Debug/MVPDebugPanel.h"
+#include "Engines/ExpressionRunner.h"
+#include "ExternalAccess/ExternalTextWriteback.h"
+#include "ExternalAccess/WritebackTargetValidator.h"
+#include "Expression/ExpressionMemoryStore.h"
+#include "Foundation/Characters.h"
+#include "Foundation/MVPLog.h"
+#include "Gesture/SpaceGestureEngine.h"
+#include "Platform/RunLoop.h"
+
+namespace veltrin {
+namespace {
+
+constexpr double copiedResultSeconds = 2.4;
+
+}  // namespace
+
+QCoro::Task<void> ExternalActionHandler::handleExternalAIAction(ExternalGestureAIAction action,
+                                                                ExternalTextSession session) {
+    const ExternalActionPipeline pipeline(dependencies());
+    auto run = pipeline.run(std::move(action), std::move(session));
+    co_await run;
+}
+
+ExternalActionPipeline::Dependencies ExternalActionHandler::dependencies() {
+    ExternalActionPipeline::Dependencies to;
+    to.showState = lifetime_.bind([this](ExternalAIActionState state, const std::optional<QRectF>& anchor) {
+        showAIState(state, anchor);
+    });
+    to.showFeedback = lifetime_.bind([this](const ExternalActionFeedback& card, const std::optional<QRectF>& anchor) {
+        parts_.panel.showFailureCard(card, anchor);
+    });
+    to.dismissOverlay = lifetime_.bind([this] { parts_.panel.dismissOverlay(); });
+    to.showCopiedResult = lifetime_.bind([this](const QString& text, const ExternalGestureAIAction& action) {
+        showCopiedFallbackResult(text, action);
+    });
+    to.shouldCopyInstead = [this, token = lifetime_.token()](const WritebackTargetSnapshot& snapshot) {
+        return !token.alive() || parts_.validator.shouldCopyResultInsteadOfWriteback(snapshot);
+    };
+    to.writeback = [this, token = lifetime_.token()](const QString& text, const ExternalTextReadResult& read,
+                                                     bool forceReplaceAll) {
+        if (token.alive()) return write(text, read, forceReplaceAll);
+        ExternalTextWritebackResult gone;
+        gone.message = QStringLiteral("AppDelegate unavailable");
+        return gone;
+    };
+    to.forceReplaceAll =
+        lifetime_.bind([this](const ExternalGestureAIAction& action, const ExternalTextReadResult& read) {
+            return parts_.validator.shouldForceReplaceAll(action, read);
+        });
+    to.runExpression = [&runner = parts_.expressions](ExpressionRequest request) {
+        return runner.run(std::move(request));
+    };
+    to.focusedWindowTitle =
+        lifetime_.bind([this](std::optional<qint32> processIdentifier) -> std::optional<QString> {
+            return WritebackTargetSnapshot::currentFocusedWindowTitle(parts_.accessibility, processIdentifier);
+        });
+    to.translationTargetLanguage =
+        lifetime_.bind([this] { return rawValue(parts_.settings.translationTargetLang()); });
+    to.recordMemoryEvent = lifetime_.bind([this](const ExpressionResult& result, bool writebackSucceeded) {
+        recordMemoryEvent(result, writebackSucceeded);
+    });
+    return to;
+}
+
+void ExternalActionHandler::showAIState(ExternalAIActionState state, const std::optional<QRectF>& anchor) {
+    MVPLog::write("AI action state:", rawValue(state));
+    parts_.panel.showStatusPill(statusText(state), anchor, std::nullopt);
+}
+
+void ExternalActionHandler::showCopiedFallbackResult(const QString& text, const ExternalGestureAIAction& action) {
+    MVPLog::write("Copied fallback requested:", "action:", action.logName(), "length:", Characters::count(text));
+    parts_.panel.dismissOverlay();
+    parts_.panel.showCopiedResult(text, action.copiedResultLabel(), copiedResultSeconds);
+}
+
+ExternalTextWritebackResult ExternalActionHandler::write(const QString& text, const ExternalTextReadResult& read,
+                                                         bool forceReplaceAll) {
+    parts_.engine.setEventTapEnabled(false, QStringLiteral("external text writeback"));
+    auto result = parts_.writeback.apply(text, read, forceReplaceAll);
+    parts_.engine.setEventTapEnabled(true, QStringLiteral("external text writeback finished"));
+    return result;
+}
+
+void ExternalActionHandler::recordMemoryEvent(const ExpressionResult& result, bool writebackSucceeded) {
+    parts_.memory.record(
+        ExpressionIntentEngine::memoryEvent(result, writebackSucceeded, parts_.runLoop.wallNow()));
+}
+
+}  // namespace veltrin

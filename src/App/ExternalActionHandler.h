@@ -1,0 +1,52 @@
+#pragma once
+
+#include "ExternalAccess/ExternalActionPipeline.h"
+#include "Foundation/Lifetime.h"
+
+#include <QCoro/QCoroTask>
+
+namespace veltrin {
+
+class AppSettings;
+class Accessibility;
+class ExpressionMemoryStore;
+class ExpressionRunner;
+class MVPDebugPanel;
+class RunLoop;
+class SpaceGestureEngine;
+class WritebackTargetValidator;
+
+/// Runs actions on foreign text: binds the pipeline to the panels, the writeback and the expression engine of this
+/// process. Main thread.
+class ExternalActionHandler {
+public:
+    struct Parts {
+        RunLoop& runLoop;
+        Accessibility& accessibility;
+        AppSettings& settings;
+        SpaceGestureEngine& engine;
+        MVPDebugPanel& panel;
+        ExternalTextWriteback& writeback;
+        WritebackTargetValidator& validator;
+        ExpressionRunner& expressions;
+        ExpressionMemoryStore& memory;
+    };
+
+    explicit ExternalActionHandler(const Parts& parts) : parts_(parts) {}
+
+    /// One run of the pipeline; never throws.
+    QCoro::Task<void> handleExternalAIAction(ExternalGestureAIAction action, ExternalTextSession session);
+
+private:
+    ExternalActionPipeline::Dependencies dependencies();
+    void showAIState(ExternalAIActionState state, const std::optional<QRectF>& anchor);
+    void showCopiedFallbackResult(const QString& text, const ExternalGestureAIAction& action);
+    ExternalTextWritebackResult write(const QString& text, const ExternalTextReadResult& read,
+                                      bool forceReplaceAll);
+    void recordMemoryEvent(const ExpressionResult& result, bool writebackSucceeded);
+
+    Parts parts_;
+    Lifetime lifetime_;
+};
+
+}  // namespace veltrin
