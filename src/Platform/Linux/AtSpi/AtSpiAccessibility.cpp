@@ -1,0 +1,320 @@
+#include "Platform/Linux/AtSpi/AtSpiAccessibility.h"
+
+#include "Platform/Linux/AtSpi/AtSpiElement.h"
+#include "Platform/Linux/AtSpi/AtSpiWorker.h"
+#include "Platform/Linux/AtSpi/TextAccess.h"
+#include "Platform/Linux/TopLevelWindows.h"
+
+#include <QCoreApplication>
+
+#include <cerrno>
+#include <csignal>
+
+namespace veltrin {
+
+using AtSpi::AtSpiElement;
+using AtSpi::Conversation;
+using AtSpi::ElementFacts;
+using AtSpi::ObjectAddress;
+using AtSpi::Room;
+using AtSpi::State;
+using AtSpi::TextAccess;
+namespace Name = AtSpi::Name;
+
+namespace {
+
+const AtSpiElement* own(const AXElementRef& element) {
+    return dynamic_cast<const AtSpiElement*>(element.get());
+}
+
+bool isThisProcess(qint32 processIdentifier) {
+    return processIdentifier == QCoreApplication::applicationPid();
+}
+
+bool isRunning(qint32 processIdentifier) {
+    return processIdentifier > 0 && (kill(processIdentifier, 0) == 0 || errno == EPERM);
+}
+
+template <typename T>
+AXResult<AXValue> asValue(const AXResult<T>& result) {
+    return result.ok() ? AXResult<AXValue>(AXValue(result.value)) : AXResult<AXValue>(result.error);
+}
+
+AXResult<AXValue> stringProperty(const ObjectAddress& object, const char* name, Conversation& conversation) {
+    const AtSpi::Reply reply = conversation.reply(conversation.property(object, Name::accessible, name));
+    return reply.ok() ? AXResult<AXValue>(AXValue(reply.text())) : AXResult<AXValue>(reply.error);
+}
+
+AXResult<AXValue> roleOf(const ObjectAddress& object, bool isSubrole, Conversation& conversation) {
+    AtSpi::Pending role = conversation.call(object, Name::accessible, "GetRole");
+    AtSpi::Pending states = conversation.call(object, Name::accessible, "GetState");
+    const AtSpi::Reply roleReply = conversation.reply(std::move(role));
+    const AtSpi::Reply stateReply = conversation.reply(std::move(states));
+    if (!roleReply.ok()) return roleReply.error;
+    const auto number = static_cast<AtSpi::Role>(roleReply.number());
+    if (!isSubrole) return AXValue(AtSpi::roleName(number, stateReply.states()));
+    const QString subrole = AtSpi::subroleName(number);
+    return subrole.isEmpty() ? AXResult<AXValue>(AXError::noValue) : AXResult<AXValue>(AXValue(subrole));
+}
+
+AXResult<bool> hasFocus(const ObjectAddress& object, Conversation& conversation) {
+    const AtSpi::Reply reply = conversation.ask(object, Name::accessible, "GetState");
+    if (!reply.ok()) return reply.error;
+    if (reply.states().has(State::defunct)) return AXError::invalidUIElement;
+    return reply.states().has(State::focused);
+}
+
+AXError takeFocus(const ObjectAddress& object, Conversation& conversation) {
+    constexpr AtSpi::Milliseconds pause{5};
+    constexpr int attempts = 20;
+    const auto before = hasFocus(object, conversation);
+    if (!before.ok()) return before.error;
+    if (before.value) return AXError::success;
+    const AtSpi::Reply reply = conversation.ask(object, Name::component, "GrabFocus");
+    if (!reply.ok()) return reply.error;
+    for (int i = 0; i < attempts; ++i) {
+        const auto after = hasFocus(object, conversation);
+        if (!after.ok()) return after.error;
+        if (after.value) return AXError::success;
+        if (!conversation.pause(pause)) break;
+    }
+    return AXError::cannotComplete;
+}
+
+ElementState stateOf(const ElementFacts& facts) {
+    return {true, facts.states.has(State::focused), facts.isEditable(), facts.isPassword(),
+            facts.isTerminal()};
+}
+
+}  // namespace
+
+AtSpiAccessibility::AtSpiAccessibility(TopLevelWindows* windows)
+    : windows_(windows), worker_(std::make_unique<AtSpi::AtSpiWorker>()) {
+}
+
+AtSpiAccessibility::~AtSpiAccessibility() = default;
+
+bool AtSpiAccessibility::isProcessTrusted() const {
+    return worker_->isReady() || worker_->waitUntilReady();
+}
+
+bool AtSpiAccessibility::promptForTrust() {
+    return worker_->tryToConnect();
+}
+
+AXElementRef AtSpiAccessibility::applicationElement(qint32 processIdentifier) {
+    return AtSpiElement::application(processIdentifier);
+}
+
+AXResult<AXValue> AtSpiAccessibility::copyAttributeValue(const AXElementRef& element, AXAttribute attribute) {
+    const AtSpiElement* target = own(element);
+    if (!target) return AXError::illegalArgument;
+    switch (target->kind()) {
+        case AtSpiElement::Kind::application:
+            return ofApplication(*target, attribute);
+        case AtSpiElement::Kind::window:
+            return ofWindow(*target, attribute);
+        case AtSpiElement::Kind::object:
+            break;
+    }
+    return ofObject(*target, attribute);
+}
+
+AXResult<AXValue> AtSpiAccessibility::ofApplication(const AtSpiElement& application, AXAttribute attribute) {
+    const qint32 process = application.process();
+    if (!isRunning(process)) return AXError::invalidUIElement;
+    switch (attribute) {
+        case AXAttribute::focusedUIElement:
+            return focusedElement(process);
+        case AXAttribute::focusedWindow: {
+            const auto window = windows_ ? windows_->activeWindow(process) : std::nullopt;
+            if (!window) return AXError::noValue;
+            return AXValue(AtSpiElement::window(process, window->id));
+        }
+        case AXAttribute::windows: {
+            std::vector<AXElementRef> elements;
+            if (!windows_) return AXError::noValue;
+            for (const TopLevelWindow& window : windows_->windows(process)) {
+                elements.push_back(AtSpiElement::window(process, window.id));
+            }
+            return AXValue(std::move(elements));
+        }
+        case AXAttribute::role:
+            return AXValue(QStringLiteral("AXApplication"));
+        default:
+            return AXError::attributeUnsupported;
+    }
+}
+
+AXResult<AXValue> AtSpiAccessibility::focusedElement(qint32 processIdentifier) {
+    // Asked over the bus, this process would wait for itself; what it shows is no foreign text.
+    if (isThisProcess(processIdentifier)) return AXError::noValue;
+    const bool isActive = !windows_ || windows_->activeWindow(processIdentifier).has_value();
+    const auto found = worker_->ask<ObjectAddress>([=](Room& room, Conversation& conversation) {
+        return room.tracker.focusedObject(processIdentifier, isActive, conversation);
+    });
+    if (!found.ok()) return found.error;
+    return AXValue(AtSpiElement::object(processIdentifier, found.value));
+}
+
+AXResult<AXValue> AtSpiAccessibility::ofWindow(const AtSpiElement& window, AXAttribute attribute) {
+    const auto found = windows_ ? windows_->window(window.windowId()) : std::nullopt;
+    if (!found) return AXError::invalidUIElement;
+    switch (attribute) {
+        case AXAttribute::role:
+            return AXValue(QStringLiteral("AXWindow"));
+        case AXAttribute::title:
+            return AXValue(found->title);
+        case AXAttribute::position:
+            return AXValue(found->frame.topLeft());
+        case AXAttribute::size:
+            return AXValue(found->frame.size());
+        default:
+            return AXError::attributeUnsupported;
+    }
+}
+
+AXResult<AXValue> AtSpiAccessibility::ofObject(const AtSpiElement& object, AXAttribute attribute) {
+    if (attribute == AXAttribute::position || attribute == AXAttribute::size) {
+        const auto rectangle = frame(object);
+        if (!rectangle.ok()) return rectangle.error;
+        return attribute == AXAttribute::position ? AXValue(rectangle.value.topLeft())
+                                                  : AXValue(rectangle.value.size());
+    }
+    const ObjectAddress address = object.address();
+    return worker_->ask<AXValue>([=](Room& room, Conversation& conversation) -> AXResult<AXValue> {
+        switch (attribute) {
+            case AXAttribute::role:
+            case AXAttribute::subrole:
+                return roleOf(address, attribute == AXAttribute::subrole, conversation);
+            case AXAttribute::title:
+                return stringProperty(address, "Name", conversation);
+            case AXAttribute::description:
+                return stringProperty(address, "Description", conversation);
+            case AXAttribute::value:
+                return asValue(TextAccess(address, room.directory, conversation).value());
+            case AXAttribute::selectedText:
+                return asValue(TextAccess(address, room.directory, conversation).selectedText());
+            case AXAttribute::selectedTextRange:
+                return asValue(TextAccess(address, room.directory, conversation).selectedRange());
+            case AXAttribute::focused:
+                return asValue(hasFocus(address, conversation));
+            case AXAttribute::boundsForRange:
+                return AXError::illegalArgument;
+            default:
+                return AXError::attributeUnsupported;
+        }
+    });
+}
+
+AXResult<QRectF> AtSpiAccessibility::frame(const AtSpiElement& object) {
+    struct Extents {
+        QRectF rectangle;
+        bool isWindowRelative = false;
+    };
+    const auto found = worker_->ask<Extents>(
+        [address = object.address()](Room& room, Conversation& conversation) -> AXResult<Extents> {
+            const AtSpi::Toolkit toolkit = room.directory.toolkitOf(address.bus, conversation);
+            const AtSpi::Reply reply =
+                conversation.ask(address, Name::component, "GetExtents", {AtSpi::screenCoordinates});
+            if (!reply.ok()) return reply.error;
+            const auto rectangle = reply.rectangle();
+            if (!rectangle) return AXError::failure;
+            return Extents{*rectangle, toolkit == AtSpi::Toolkit::gtk4};
+        });
+    if (!found.ok()) return found.error;
+    QRectF rectangle = found.value.rectangle;
+    if (!found.value.isWindowRelative) return rectangle;
+    // GTK 4 does not know where on the desktop its window is.
+    if (!windows_) return AXError::failure;
+    auto window = windows_->activeWindow(object.process());
+    if (!window) {
+        const auto all = windows_->windows(object.process());
+        if (all.empty()) return AXError::failure;
+        window = all.front();
+    }
+    rectangle.translate(window->clientOrigin);
+    return rectangle;
+}
+
+AXResult<AXValue> AtSpiAccessibility::copyParameterizedAttributeValue(const AXElementRef& element,
+                                                                      AXAttribute attribute,
+                                                                      const AXValue& parameter) {
+    const AtSpiElement* target = own(element);
+    const auto* range = std::get_if<TextRange>(&parameter);
+    if (!target || !range) return AXError::illegalArgument;
+    if (attribute != AXAttribute::boundsForRange || target->kind() != AtSpiElement::Kind::object) {
+        return AXError::parameterizedAttributeUnsupported;
+    }
+    return worker_->ask<AXValue>(
+        [address = target->address(), asked = *range](Room& room, Conversation& conversation) {
+            return asValue(TextAccess(address, room.directory, conversation).bounds(asked));
+        });
+}
+
+AXError AtSpiAccessibility::setAttributeValue(const AXElementRef& element, AXAttribute attribute,
+                                              const AXValue& value) {
+    const AtSpiElement* target = own(element);
+    if (!target) return AXError::illegalArgument;
+    if (target->kind() != AtSpiElement::Kind::object) return AXError::attributeUnsupported;
+    const auto result =
+        worker_->ask<bool>([=, address = target->address()](Room& room, Conversation& conversation) {
+            TextAccess text(address, room.directory, conversation);
+            const auto* words = std::get_if<QString>(&value);
+            const auto* range = std::get_if<TextRange>(&value);
+            const auto* flag = std::get_if<bool>(&value);
+            AXError error = AXError::illegalArgument;
+            switch (attribute) {
+                case AXAttribute::value:
+                    if (words) error = text.setValue(*words);
+                    break;
+                case AXAttribute::selectedText:
+                    if (words) error = text.setSelectedText(*words);
+                    break;
+                case AXAttribute::selectedTextRange:
+                    if (range) error = text.setSelectedRange(*range);
+                    break;
+                case AXAttribute::focused:
+                    // The focus can be given, not taken away.
+                    if (flag)
+                        error = *flag ? takeFocus(address, conversation) : AXError::attributeUnsupported;
+                    break;
+                default:
+                    error = AXError::attributeUnsupported;
+            }
+            return error == AXError::success ? AXResult<bool>(true) : AXResult<bool>(error);
+        });
+    return result.error;
+}
+
+AXResult<bool> AtSpiAccessibility::isAttributeSettable(const AXElementRef& element, AXAttribute attribute) {
+    const AtSpiElement* target = own(element);
+    if (!target) return AXError::illegalArgument;
+    if (target->kind() != AtSpiElement::Kind::object) return false;
+    const bool isText = attribute == AXAttribute::value || attribute == AXAttribute::selectedText;
+    if (!isText && attribute != AXAttribute::selectedTextRange) return attribute == AXAttribute::focused;
+    return worker_->ask<bool>(
+        [=, address = target->address()](Room& room, Conversation& conversation) -> AXResult<bool> {
+            const auto facts = AtSpi::factsOf(address, room.directory, conversation);
+            if (!facts.ok()) return facts.error;
+            return isText ? facts.value.canWriteText() : facts.value.canSetSelection();
+        });
+}
+
+ElementState AtSpiAccessibility::inspect(const AXElementRef& element) {
+    const AtSpiElement* target = own(element);
+    if (!target || target->kind() != AtSpiElement::Kind::object) return {};
+    const auto facts =
+        worker_->ask<ElementFacts>([address = target->address()](Room& room, Conversation& conversation) {
+            return AtSpi::factsOf(address, room.directory, conversation);
+        });
+    return facts.ok() ? stateOf(facts.value) : ElementState{};
+}
+
+ElementState AtSpiAccessibility::inspectFocused(qint32 processIdentifier) {
+    const auto focused = focusedElement(processIdentifier);
+    const auto* element = std::get_if<AXElementRef>(&focused.value);
+    return focused.ok() && element ? inspect(*element) : ElementState{};
+}
+
+}  // namespace veltrin

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "Platform/Accessibility.h"
+
+#include <memory>
+
+namespace veltrin {
+
+class TopLevelWindows;
+
+namespace AtSpi {
+class AtSpiElement;
+class AtSpiWorker;
+}  // namespace AtSpi
+
+/// What somebody who is about to post keys must know of an element.
+struct ElementState {
+    bool isAnswered = false;  ///< false: the application did not say; the rest means nothing then
+    bool isFocused = false;
+    bool isEditable = false;  ///< the user can type in it; true of terminals
+    bool isPassword = false;
+    bool isTerminal = false;
+};
+
+/// Accessibility over the AT-SPI bus. One thread of its own listens to focus changes and talks to
+/// applications; every operation waits for it, at most 0.6 s. Without the bus everything fails at once with
+/// `apiDisabled`, and the bus is sought again from time to time.
+class AtSpiAccessibility final : public Accessibility {
+public:
+    /// `windows` may be null: then no window has a title or a frame. It must outlive this object.
+    explicit AtSpiAccessibility(TopLevelWindows* windows);
+    ~AtSpiAccessibility() override;
+
+    bool isProcessTrusted() const override;
+    bool promptForTrust() override;
+    AXElementRef applicationElement(qint32 processIdentifier) override;
+    AXResult<AXValue> copyAttributeValue(const AXElementRef& element, AXAttribute attribute) override;
+    AXResult<AXValue> copyParameterizedAttributeValue(const AXElementRef& element, AXAttribute attribute,
+                                                      const AXValue& parameter) override;
+    AXError setAttributeValue(const AXElementRef& element, AXAttribute attribute,
+                              const AXValue& value) override;
+    AXResult<bool> isAttributeSettable(const AXElementRef& element, AXAttribute attribute) override;
+
+    ElementState inspect(const AXElementRef& element);
+    /// Of the element that has the focus in that process.
+    ElementState inspectFocused(qint32 processIdentifier);
+
+private:
+    AXResult<AXValue> ofApplication(const AtSpi::AtSpiElement& application, AXAttribute attribute);
+    AXResult<AXValue> ofWindow(const AtSpi::AtSpiElement& window, AXAttribute attribute);
+    AXResult<AXValue> ofObject(const AtSpi::AtSpiElement& object, AXAttribute attribute);
+    AXResult<AXValue> focusedElement(qint32 processIdentifier);
+    AXResult<QRectF> frame(const AtSpi::AtSpiElement& object);
+
+    TopLevelWindows* windows_;
+    std::unique_ptr<AtSpi::AtSpiWorker> worker_;
+};
+
+}  // namespace veltrin

@@ -1,0 +1,110 @@
+#include "Platform/Linux/AtSpi/FocusWalk.h"
+
+namespace veltrin::AtSpi {
+namespace {
+
+constexpr std::size_t mostObjects = 4000;
+constexpr std::size_t inFlight = 128;
+constexpr int deepest = 60;
+constexpr Milliseconds pageTreePause{15};
+constexpr int pageTreeAttempts = 8;
+
+struct Node {
+    ObjectAddress object;
+    StateSet states;
+    bool isKnown = false;
+};
+using Level = std::vector<Node>;
+
+/// Asks something of every node of a level, a bounded number at a time, and hands over the replies in order.
+template <typename Ask, typename Take>
+void forLevel(Level& level, Conversation& conversation, Ask ask, Take take) {
+    for (std::size_t first = 0; first < level.size() && !conversation.hasGivenUp(); first += inFlight) {
+        const std::size_t last = std::min(level.size(), first + inFlight);
+        std::vector<Pending> pending;
+        for (std::size_t i = first; i < last; ++i)
+            pending.push_back(ask(level[i]));
+        for (std::size_t i = first; i < last; ++i)
+            take(level[i], conversation.reply(std::move(pending[i - first])));
+    }
+}
+
+void askStates(Level& level, Conversation& conversation) {
+    forLevel(
+        level, conversation,
+        [&](const Node& node) { return conversation.call(node.object, Name::accessible, "GetState"); },
+        [](Node& node, const Reply& reply) {
+            node.isKnown = reply.ok();
+            node.states = reply.states();
+        });
+}
+
+Level childrenOf(Level& level, Conversation& conversation) {
+    Level children;
+    forLevel(
+        level, conversation,
+        [&](const Node& node) { return conversation.call(node.object, Name::accessible, "GetChildren"); },
+        [&](const Node& node, const Reply& reply) {
+            for (ObjectAddress& child : reply.objects()) {
+                // A plug or socket leads into another process; what is in there is looked for there.
+                if (child.bus == node.object.bus) children.push_back({std::move(child), {}, false});
+            }
+        });
+    return children;
+}
+
+bool isWorthEntering(const Node& node, Toolkit toolkit) {
+    if (!node.isKnown || node.states.has(State::managesDescendants)) return false;
+    // GTK 4 never says that anything is showing.
+    return toolkit == Toolkit::gtk4 || node.states.has(State::showing);
+}
+
+std::optional<ObjectAddress> search(Level level, Toolkit toolkit, Conversation& conversation) {
+    std::optional<ObjectAddress> best;
+    std::size_t seen = 0;
+    for (int depth = 0; depth < deepest && !level.empty(); ++depth) {
+        seen += level.size();
+        if (seen > mostObjects || conversation.hasGivenUp()) break;
+        askStates(level, conversation);
+        Level focused;
+        for (const Node& node : level) {
+            if (!node.isKnown || !node.states.has(State::focused)) continue;
+            if (node.states.has(State::editable)) return node.object;
+            focused.push_back(node);
+        }
+        if (!focused.empty()) best = focused.front().object;
+        // Once something focused is found, only what lies inside it can be better.
+        Level& branches = focused.empty() ? level : focused;
+        std::erase_if(branches, [&](const Node& node) { return !isWorthEntering(node, toolkit); });
+        level = childrenOf(branches, conversation);
+    }
+    return best;
+}
+
+}  // namespace
+
+std::optional<ObjectAddress> walkToFocus(const QString& bus, Toolkit toolkit, Conversation& conversation) {
+    Level root{{ObjectAddress{bus, QLatin1String(Name::rootPath)}, {}, true}};
+    Level windows = childrenOf(root, conversation);
+    askStates(windows, conversation);
+    Level active;
+    for (const Node& window : windows) {
+        if (window.isKnown && window.states.has(State::active)) active.push_back(window);
+    }
+    if (!active.empty()) windows = active;
+    if (toolkit != Toolkit::chromium) return search(windows, toolkit, conversation);
+
+    // Chromium builds the objects of a page only when somebody asks for attributes.
+    forLevel(
+        windows, conversation,
+        [&](const Node& node) { return conversation.call(node.object, Name::accessible, "GetAttributes"); },
+        [](Node&, const Reply&) {});
+    std::optional<ObjectAddress> found;
+    for (int attempt = 0; attempt < pageTreeAttempts && !found; ++attempt) {
+        found = search(windows, toolkit, conversation);
+        if (!found && !conversation.pause(pageTreePause)) break;
+    }
+    return found;
+}
+
+}  // namespace veltrin::AtSpi
