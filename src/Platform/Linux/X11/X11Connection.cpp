@@ -2,6 +2,7 @@
 
 #include "Foundation/MVPLog.h"
 
+#include <poll.h>
 #include <xcb/randr.h>
 #include <xcb/res.h>
 #include <xcb/xfixes.h>
@@ -10,7 +11,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <poll.h>
 
 namespace veltrin {
 
@@ -29,17 +29,21 @@ std::unique_ptr<X11Connection> X11Connection::open(const QByteArray& display) {
 X11Connection::X11Connection(xcb_connection_t* connection, const QByteArray& display, int screenNumber)
     : connection_(connection), display_(display) {
     auto screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
-    for (int i = 0; i < screenNumber && screens.rem > 1; ++i) xcb_screen_next(&screens);
+    for (int i = 0; i < screenNumber && screens.rem > 1; ++i)
+        xcb_screen_next(&screens);
     screen_ = screens.data;
     askForExtensions();
 }
 
-X11Connection::~X11Connection() { xcb_disconnect(connection_); }
+X11Connection::~X11Connection() {
+    xcb_disconnect(connection_);
+}
 
 void X11Connection::askForExtensions() {
     xcb_extension_t* const extensions[] = {&xcb_input_id, &xcb_xkb_id,   &xcb_xfixes_id,
                                            &xcb_test_id,  &xcb_randr_id, &xcb_res_id};
-    for (auto* extension : extensions) xcb_prefetch_extension_data(connection_, extension);
+    for (auto* extension : extensions)
+        xcb_prefetch_extension_data(connection_, extension);
     const auto present = [this](xcb_extension_t* extension) -> const xcb_query_extension_reply_t* {
         const auto* data = xcb_get_extension_data(connection_, extension);
         return data != nullptr && data->present != 0 ? data : nullptr;
@@ -67,8 +71,8 @@ void X11Connection::askForExtensions() {
         hasXTest_ = version != nullptr;
     }
     if (present(&xcb_randr_id) != nullptr) {
-        const XReply<xcb_randr_query_version_reply_t> version(xcb_randr_query_version_reply(
-            connection_, xcb_randr_query_version(connection_, 1, 5), nullptr));
+        const XReply<xcb_randr_query_version_reply_t> version(
+            xcb_randr_query_version_reply(connection_, xcb_randr_query_version(connection_, 1, 5), nullptr));
         hasRandr15_ = version && (version->major_version > 1 ||
                                   (version->major_version == 1 && version->minor_version >= 5));
     }
@@ -96,7 +100,8 @@ xcb_atom_t X11Connection::atom(const std::string& name) const {
         if (const auto found = atoms_.find(name); found != atoms_.end()) return found->second;
     }
     const XReply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(
-        connection_, xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.c_str()), nullptr));
+        connection_, xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.c_str()),
+        nullptr));
     if (!reply) return XCB_ATOM_NONE;
     const std::lock_guard guard(mutex_);
     return atoms_[name] = reply->atom;
@@ -109,8 +114,8 @@ std::vector<std::uint32_t> X11Connection::Property::words() const {
     return result;
 }
 
-xcb_get_property_cookie_t X11Connection::requestProperty(xcb_window_t window, xcb_atom_t name, xcb_atom_t type,
-                                                         std::uint32_t maximumBytes) const {
+xcb_get_property_cookie_t X11Connection::requestProperty(xcb_window_t window, xcb_atom_t name,
+                                                         xcb_atom_t type, std::uint32_t maximumBytes) const {
     return xcb_get_property(connection_, 0, window, name, type, 0, (maximumBytes + 3) / 4);
 }
 
@@ -125,7 +130,8 @@ std::optional<X11Connection::Property> X11Connection::property(xcb_get_property_
     return result;
 }
 
-std::optional<std::uint32_t> X11Connection::word(xcb_window_t window, xcb_atom_t name, xcb_atom_t type) const {
+std::optional<std::uint32_t> X11Connection::word(xcb_window_t window, xcb_atom_t name,
+                                                 xcb_atom_t type) const {
     const auto found = property(window, name, type, 4);
     if (!found) return std::nullopt;
     const auto words = found->words();

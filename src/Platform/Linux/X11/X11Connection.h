@@ -15,8 +15,8 @@
 
 namespace veltrin {
 
-/// One connection to the X server. Failures are values: on a lost connection every request simply has no answer, and
-/// one log line is written. Requests may come from any thread; events belong to one thread.
+/// One connection to the X server. Failures are values: on a lost connection every request simply has no
+/// answer, and one log line is written. Requests may come from any thread; events belong to one thread.
 class X11Connection {
 public:
     /// Connects to `display`, or to $DISPLAY when it is empty; null when there is no server.
@@ -36,8 +36,8 @@ public:
 
     /// The atom of a name, made when it does not exist; XCB_ATOM_NONE on a lost connection.
     xcb_atom_t atom(const std::string& name) const;
-    /// Whether the server speaks the extension. The XInput question announces version 2.2, without which raw events
-    /// are withheld while another client holds a grab.
+    /// Whether the server speaks the extension. The XInput question announces version 2.2, without which raw
+    /// events are withheld while another client holds a grab.
     bool hasXInput22() const { return hasXInput22_; }
     bool hasXkb() const { return xkbFirstEvent_ != 0; }
     bool hasXFixes() const { return xfixesFirstEvent_ != 0; }

@@ -78,22 +78,23 @@ constexpr CodeOfSymbol fixedKeys[] = {
     {XKB_KEY_KP_Equal, 81},
 };
 
-/// The codes of the keys of a US keyboard by what stands on them. The digit row is numbered through, from 1 to =.
+/// The codes of the keys of a US keyboard by what stands on them. The digit row is numbered through, from 1
+/// to =.
 struct CodeOfCharacter {
     char character;
     qint64 code;
     std::string_view position;  ///< the XKB name of the key at that place
 };
 constexpr CodeOfCharacter characterKeys[] = {
-    {'a', 0, "AC01"},   {'s', 1, "AC02"},   {'d', 2, "AC03"},   {'f', 3, "AC04"},   {'h', 4, "AC06"},
-    {'g', 5, "AC05"},   {'z', 6, "AB01"},   {'x', 7, "AB02"},   {'c', 8, "AB03"},   {'v', 9, "AB04"},
-    {'b', 11, "AB05"},  {'q', 12, "AD01"},  {'w', 13, "AD02"},  {'e', 14, "AD03"},  {'r', 15, "AD04"},
-    {'y', 16, "AD06"},  {'t', 17, "AD05"},  {'1', 18, "AE01"},  {'2', 19, "AE02"},  {'3', 20, "AE03"},
-    {'4', 21, "AE04"},  {'5', 22, "AE05"},  {'6', 23, "AE06"},  {'7', 24, "AE07"},  {'8', 25, "AE08"},
-    {'9', 26, "AE09"},  {'0', 27, "AE10"},  {'-', 28, "AE11"},  {'=', 29, "AE12"},  {']', 30, "AD12"},
-    {'o', 31, "AD09"},  {'u', 32, "AD07"},  {'[', 33, "AD11"},  {'i', 34, "AD08"},  {'p', 35, "AD10"},
-    {'l', 37, "AC09"},  {'j', 38, "AC07"},  {'\'', 39, "AC11"}, {'k', 40, "AC08"},  {';', 41, "AC10"},
-    {'\\', 42, "BKSL"}, {',', 43, "AB08"},  {'/', 44, "AB10"},  {'n', 45, "AB06"},  {'m', 46, "AB07"},
+    {'a', 0, "AC01"},   {'s', 1, "AC02"},  {'d', 2, "AC03"},   {'f', 3, "AC04"},  {'h', 4, "AC06"},
+    {'g', 5, "AC05"},   {'z', 6, "AB01"},  {'x', 7, "AB02"},   {'c', 8, "AB03"},  {'v', 9, "AB04"},
+    {'b', 11, "AB05"},  {'q', 12, "AD01"}, {'w', 13, "AD02"},  {'e', 14, "AD03"}, {'r', 15, "AD04"},
+    {'y', 16, "AD06"},  {'t', 17, "AD05"}, {'1', 18, "AE01"},  {'2', 19, "AE02"}, {'3', 20, "AE03"},
+    {'4', 21, "AE04"},  {'5', 22, "AE05"}, {'6', 23, "AE06"},  {'7', 24, "AE07"}, {'8', 25, "AE08"},
+    {'9', 26, "AE09"},  {'0', 27, "AE10"}, {'-', 28, "AE11"},  {'=', 29, "AE12"}, {']', 30, "AD12"},
+    {'o', 31, "AD09"},  {'u', 32, "AD07"}, {'[', 33, "AD11"},  {'i', 34, "AD08"}, {'p', 35, "AD10"},
+    {'l', 37, "AC09"},  {'j', 38, "AC07"}, {'\'', 39, "AC11"}, {'k', 40, "AC08"}, {';', 41, "AC10"},
+    {'\\', 42, "BKSL"}, {',', 43, "AB08"}, {'/', 44, "AB10"},  {'n', 45, "AB06"}, {'m', 46, "AB07"},
     {'.', 47, "AB09"},  {'`', 50, "TLDE"},
 };
 
@@ -143,8 +144,12 @@ bool isModifierSymbol(xkb_keysym_t symbol) {
            symbol == XKB_KEY_Mode_switch || symbol == XKB_KEY_Scroll_Lock;
 }
 
-bool isDigit(char character) { return character >= '0' && character <= '9'; }
-bool isLetter(char character) { return character >= 'a' && character <= 'z'; }
+bool isDigit(char character) {
+    return character >= '0' && character <= '9';
+}
+bool isLetter(char character) {
+    return character >= 'a' && character <= 'z';
+}
 
 qint64 codeOf(char character) {
     const auto* found = std::find_if(std::begin(characterKeys), std::end(characterKeys),
@@ -152,7 +157,8 @@ qint64 codeOf(char character) {
     return found == std::end(characterKeys) ? KeyCode::unknown : found->code;
 }
 
-/// The character a key is known by: its letter, its digit (which some layouts have with Shift), its punctuation.
+/// The character a key is known by: its letter, its digit (which some layouts have with Shift), its
+/// punctuation.
 char knownBy(const Symbols& symbols, xkb_keycode_t key, unsigned group) {
     const char plain = symbols.characterAt(key, group, 0);
     if (isLetter(plain) || isDigit(plain)) return plain;
@@ -161,7 +167,8 @@ char knownBy(const Symbols& symbols, xkb_keycode_t key, unsigned group) {
     return plain;
 }
 
-qint64 codeBySymbol(const Symbols& symbols, xkb_keycode_t key, unsigned group, std::optional<unsigned> latin) {
+qint64 codeBySymbol(const Symbols& symbols, xkb_keycode_t key, unsigned group,
+                    std::optional<unsigned> latin) {
     const auto symbol = symbols.at(key, group, 0);
     const auto* fixed = std::find_if(std::begin(fixedKeys), std::end(fixedKeys),
                                      [&](const auto& entry) { return entry.symbol == symbol; });
@@ -184,7 +191,8 @@ X11Keymap::X11Keymap(xkb_keymap* keymap) {
     for (unsigned group = 0; group < groups; ++group) {
         Table table;
         table.fill(KeyCode::unknown);
-        const auto latin = symbols.latinLetters(group) >= lettersOfLatinGroup ? std::optional(group) : firstLatin;
+        const auto latin =
+            symbols.latinLetters(group) >= lettersOfLatinGroup ? std::optional(group) : firstLatin;
         std::set<qint64> taken;
         for (unsigned key = lowest; key <= highest; ++key) {
             table[key] = codeBySymbol(symbols, key, group, latin);
@@ -193,7 +201,8 @@ X11Keymap::X11Keymap(xkb_keymap* keymap) {
         for (unsigned key = lowest; key <= highest; ++key) {
             if (table[key] != KeyCode::unknown) continue;
             for (const auto& entry : characterKeys) {
-                if (entry.position == symbols.name(key) && !taken.contains(entry.code)) table[key] = entry.code;
+                if (entry.position == symbols.name(key) && !taken.contains(entry.code))
+                    table[key] = entry.code;
             }
         }
         groups_.push_back(table);
@@ -209,7 +218,8 @@ X11Keymap::X11Keymap(xkb_keymap* keymap) {
                                                 {XKB_KEY_Control_L, KeyFlags::command},
                                                 {XKB_KEY_Alt_L, KeyFlags::option},
                                                 {XKB_KEY_Super_L, KeyFlags::control}};
-    constexpr unsigned usualMasks[] = {XCB_MOD_MASK_SHIFT, XCB_MOD_MASK_CONTROL, XCB_MOD_MASK_1, XCB_MOD_MASK_4};
+    constexpr unsigned usualMasks[] = {XCB_MOD_MASK_SHIFT, XCB_MOD_MASK_CONTROL, XCB_MOD_MASK_1,
+                                       XCB_MOD_MASK_4};
     for (std::size_t i = 0; i < flags_.size(); ++i) {
         flags_[i].flag = static_cast<quint64>(modifierSymbols[i].code);
         flags_[i].mask = usualMasks[i];
@@ -233,17 +243,19 @@ std::shared_ptr<const X11Keymap> X11Keymap::load(const X11Connection& connection
         void operator()(xkb_keymap* keymap) const { xkb_keymap_unref(keymap); }
     };
     if (!connection.hasXkb()) return nullptr;
-    const std::unique_ptr<xkb_context, Unref> context(
-        xkb_context_new(static_cast<xkb_context_flags>(XKB_CONTEXT_NO_DEFAULT_INCLUDES | XKB_CONTEXT_NO_ENVIRONMENT_NAMES)));
+    const std::unique_ptr<xkb_context, Unref> context(xkb_context_new(
+        static_cast<xkb_context_flags>(XKB_CONTEXT_NO_DEFAULT_INCLUDES | XKB_CONTEXT_NO_ENVIRONMENT_NAMES)));
     if (!context) return nullptr;
     const auto device = xkb_x11_get_core_keyboard_device_id(connection.xcb());
     if (device < 0) return nullptr;
-    const std::unique_ptr<xkb_keymap, Unref> keymap(xkb_x11_keymap_new_from_device(
-        context.get(), connection.xcb(), device, XKB_KEYMAP_COMPILE_NO_FLAGS));
+    const std::unique_ptr<xkb_keymap, Unref> keymap(
+        xkb_x11_keymap_new_from_device(context.get(), connection.xcb(), device, XKB_KEYMAP_COMPILE_NO_FLAGS));
     return keymap ? std::make_shared<const X11Keymap>(keymap.get()) : nullptr;
 }
 
-qint64 X11Keymap::virtualCode(Keycode key, unsigned group) const { return groups_[group % groups_.size()][key]; }
+qint64 X11Keymap::virtualCode(Keycode key, unsigned group) const {
+    return groups_[group % groups_.size()][key];
+}
 
 std::vector<X11Keymap::Keycode> X11Keymap::keys(qint64 virtualCode, unsigned group) const {
     std::vector<Keycode> result;

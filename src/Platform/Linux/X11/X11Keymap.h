@@ -16,11 +16,12 @@ namespace veltrin {
 
 class X11Connection;
 
-/// What the keys of the keyboard mean in the product's numbering, for each group (layout) of a keymap. Immutable.
+/// What the keys of the keyboard mean in the product's numbering, for each group (layout) of a keymap.
+/// Immutable.
 ///
-/// A key is known by the Latin letter, digit or punctuation it has in the group; a group without Latin letters
-/// (Russian, Greek) takes those of the first group that has them, as toolkits do for Ctrl+letter. A key that has
-/// none is known by its position, unless another key already has that code.
+/// A key is known by the Latin letter, digit or punctuation it has in the group; a group without Latin
+/// letters (Russian, Greek) takes those of the first group that has them, as toolkits do for Ctrl+letter. A
+/// key that has none is known by its position, unless another key already has that code.
 class X11Keymap {
 public:
     using Keycode = std::uint8_t;
