@@ -1,0 +1,140 @@
+#include "Platform/Linux/X11/X11KeyHold.h"
+
+#include <xcb/xinput.h>
+
+namespace veltrin {
+
+void X11KeyHold::allow(std::uint8_t mode) {
+    xcb_input_xi_allow_events(connection_.xcb(), XCB_CURRENT_TIME, grabs_.device(), mode, 0, XCB_NONE);
+    connection_.flush();
+}
+
+/// Ends our grab and gives the frozen event to the application it was meant for.
+void X11KeyHold::replay() {
+    allow(XCB_INPUT_EVENT_MODE_REPLAY_DEVICE);
+    activator_ = 0;
+    ownGrab_ = false;
+    hold();
+}
+
+/// Takes the keyboard again when no passive grab has it any more but a swallowed key is still down, whose
+/// release must not reach an application.
+void X11KeyHold::hold() {
+    active_ = activator_ != 0 || ownGrab_;
+    if (swallowed_.none() || active_) return;
+    const std::uint32_t events = XCB_INPUT_XI_EVENT_MASK_KEY_PRESS | XCB_INPUT_XI_EVENT_MASK_KEY_RELEASE;
+    const auto cookie =
+        xcb_input_xi_grab_device(connection_.xcb(), connection_.root(), XCB_CURRENT_TIME, XCB_NONE,
+                                 grabs_.device(), XCB_GRAB_MODE_SYNC, XCB_GRAB_MODE_ASYNC, 0, 1, &events);
+    allow(XCB_INPUT_EVENT_MODE_SYNC_DEVICE);
+    const XReply<xcb_input_xi_grab_device_reply_t> reply(
+        xcb_input_xi_grab_device_reply(connection_.xcb(), cookie, nullptr));
+    ownGrab_ = reply && reply->status == XCB_GRAB_STATUS_SUCCESS;
+    // Somebody else holds the keyboard: the release goes to them.
+    if (!ownGrab_) swallowed_.reset();
+    active_ = ownGrab_;
+}
+
+void X11KeyHold::ungrabDevice() {
+    xcb_input_xi_ungrab_device(connection_.xcb(), XCB_CURRENT_TIME, grabs_.device());
+    connection_.flush();
+    activator_ = 0;
+    ownGrab_ = false;
+    active_ = false;
+}
+
+void X11KeyHold::press(const Event& event, const std::function<bool()>& ask,
+                       const std::function<void()>& tell) {
+    std::unique_lock lock(mutex_);
+    if (grabs_.isGuarded(event.key)) {
+        // A repeat of a swallowed key that the keyboard was taken from: eaten without holding anything.
+        ungrabDevice();
+        lock.unlock();
+        tell();
+        return;
+    }
+    if (!active_) {
+        activator_ = event.key;
+        active_ = true;
+    }
+    if (swallowed_.test(event.key)) {
+        allow(XCB_INPUT_EVENT_MODE_SYNC_DEVICE);
+        lock.unlock();
+        tell();
+        return;
+    }
+    if (!event.claimable) {
+        replay();
+        lock.unlock();
+        if (!event.isModifier) tell();
+        return;
+    }
+    asking_ = true;
+    lock.unlock();
+    const bool passes = ask();
+    lock.lock();
+    asking_ = false;
+    if (passes) {
+        replay();
+    } else {
+        allow(XCB_INPUT_EVENT_MODE_SYNC_DEVICE);
+        // A swallowed repeat of a press that went on is swallowed alone: the application still gets the
+        // release.
+        if (!event.isRepeat) swallowed_.set(event.key);
+    }
+    if (isIdle()) released_.notify_all();
+}
+
+bool X11KeyHold::release(const Event& event) {
+    const std::lock_guard lock(mutex_);
+    if (swallowed_.test(event.key)) {
+        swallowed_.reset(event.key);
+        if (event.key == activator_) {
+            // The server ends a passive grab with the release of the key that began it.
+            activator_ = 0;
+            allow(XCB_INPUT_EVENT_MODE_ASYNC_DEVICE);
+            hold();
+        } else if (ownGrab_ && swallowed_.none()) {
+            ungrabDevice();
+        } else {
+            allow(XCB_INPUT_EVENT_MODE_SYNC_DEVICE);
+        }
+        if (isIdle()) released_.notify_all();
+        return swallowed_.none() && event.optionHeld;
+    }
+    // A modifier let go while a swallowed key is down is eaten: Alt without a key in between would open a
+    // menu, and applications know their modifiers from the state of each event.
+    if (event.isModifier && swallowed_.any())
+        allow(XCB_INPUT_EVENT_MODE_SYNC_DEVICE);
+    else
+        replay();
+    return false;
+}
+
+void X11KeyHold::rawRelease(Keycode key) {
+    const std::lock_guard lock(mutex_);
+    if (!grabs_.isGuarded(key)) return;
+    grabs_.unguard(key);
+    connection_.flush();
+}
+
+void X11KeyHold::letGo(std::chrono::milliseconds limit) {
+    std::unique_lock lock(mutex_);
+    if (released_.wait_for(lock, limit, [this] { return isIdle(); })) return;
+    for (unsigned key = 8; key < 256; ++key) {
+        if (swallowed_.test(key)) grabs_.guard(static_cast<Keycode>(key));
+    }
+    swallowed_.reset();
+    ungrabDevice();
+    connection_.roundTrip();
+}
+
+void X11KeyHold::drop() {
+    const std::lock_guard lock(mutex_);
+    swallowed_.reset();
+    grabs_.disarm();
+    ungrabDevice();
+    connection_.roundTrip();
+}
+
+}  // namespace veltrin

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "Platform/Linux/X11/X11KeyGrabs.h"
+
+#include <bitset>
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <set>
+
+namespace veltrin {
+
+/// Decides what becomes of each event of the keyboard while one of our grabs holds it, so that no application
+/// sees half a key: what belongs to a swallowed press (repeats, release) is swallowed, everything else is
+/// replayed to where it was going.
+///
+/// Every event here arrives with the keyboard frozen, and every path answers it with exactly one thawing
+/// request. The listening thread calls `press` and `release`; `letGo` may be called from another thread.
+class X11KeyHold {
+public:
+    using Keycode = X11Keymap::Keycode;
+
+    struct Event {
+        Keycode key = 0;
+        bool isRepeat = false;
+        bool isModifier = false;
+        bool claimable = false;
+        bool optionHeld = false;
+    };
+    /// `mutex` guards the grabs too.
+    X11KeyHold(const X11Connection& connection, X11KeyGrabs& grabs, std::mutex& mutex)
+        : connection_(connection), grabs_(grabs), mutex_(mutex) {}
+
+    /// A press that a grab delivered. `ask` is called without the lock and only when the answer counts; it
+    /// says whether the press goes on. `tell` is called when the event is to be known but is decided already.
+    void press(const Event& event, const std::function<bool()>& ask, const std::function<void()>& tell);
+    /// A release that a grab delivered. True when a swallowed key came up with Option still held:
+    /// applications that saw Option alone would now open their menu.
+    bool release(const Event& event);
+    /// A release that was only listened to.
+    void rawRelease(Keycode key);
+
+    /// Waits until the user has let go of what was swallowed, then takes the keyboard off our hands by force,
+    /// so that synthetic keys reach the application. Repeats of a key still down are swallowed all the same.
+    void letGo(std::chrono::milliseconds limit);
+    /// The same at once, for the end.
+    void drop();
+    bool isActive() const { return active_; }
+
+private:
+    void allow(std::uint8_t mode);
+    void replay();
+    void hold();
+    void ungrabDevice();
+    bool isIdle() const { return !asking_ && swallowed_.none(); }
+
+    const X11Connection& connection_;
+    X11KeyGrabs& grabs_;
+    std::mutex& mutex_;
+    std::condition_variable released_;
+    std::bitset<256> swallowed_;  ///< pressed, swallowed, and still down
+    Keycode activator_ = 0;       ///< the key whose passive grab holds the keyboard; 0 when none does
+    bool ownGrab_ = false;  ///< the keyboard is held by a grab that we made because a swallowed key is down
+    bool asking_ = false;
+    bool active_ = false;
+};
+
+}  // namespace veltrin

@@ -1,0 +1,350 @@
+#include "Platform/Linux/X11/X11KeyListener.h"
+
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+#include <xcb/xtest.h>
+#include <xkbcommon/xkbcommon-x11.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <ctime>
+
+namespace veltrin {
+namespace {
+
+constexpr std::chrono::milliseconds answerLimit{50};
+/// A new keymap comes as a burst of notices; the grabs are renewed once it is over.
+constexpr std::uint64_t reloadDelay = 60'000'000;
+constexpr std::uint64_t millisecond = 1'000'000;
+
+std::uint64_t monotonicNow() {
+    timespec time{};
+    clock_gettime(CLOCK_MONOTONIC, &time);
+    return static_cast<std::uint64_t>(time.tv_sec) * 1'000'000'000 + static_cast<std::uint64_t>(time.tv_nsec);
+}
+
+/// The server counts milliseconds of the monotonic clock in 32 bits. A server with another clock (a remote
+/// one) gives the moment of arrival instead.
+std::uint64_t nanoseconds(xcb_timestamp_t time) {
+    const std::uint64_t now = monotonicNow();
+    const std::uint64_t nowMs = now / millisecond;
+    const auto age = static_cast<std::int32_t>(static_cast<std::uint32_t>(nowMs) - time);
+    if (std::abs(static_cast<std::int64_t>(age)) > 60'000) return now;
+    return (nowMs - static_cast<std::uint64_t>(static_cast<std::int64_t>(age))) * millisecond;
+}
+
+/// The two layouts that matter of the events that all extensions share.
+template <typename T>
+const T& as(const xcb_generic_event_t& event) {
+    return reinterpret_cast<const T&>(event);
+}
+
+bool isGeneric(const xcb_generic_event_t& event, std::uint8_t opcode) {
+    return (event.response_type & 0x7F) == XCB_GE_GENERIC &&
+           as<xcb_ge_generic_event_t>(event).extension == opcode;
+}
+
+}  // namespace
+
+std::unique_ptr<X11KeyListener> X11KeyListener::start(const QByteArray& display, KeyQuestions& questions) {
+    auto connection = X11Connection::open(display);
+    if (!connection || !connection->hasXInput22() || !connection->hasXkb() || !connection->hasXTest())
+        return nullptr;
+    const auto master = xkb_x11_get_core_keyboard_device_id(connection->xcb());
+    auto keymap = X11Keymap::load(*connection);
+    if (master < 0 || !keymap) return nullptr;
+    std::unique_ptr<X11KeyListener> listener(
+        new X11KeyListener(std::move(connection), static_cast<std::uint16_t>(master), questions));
+    if (listener->wake_ < 0) return nullptr;
+    listener->keymap_ = std::move(keymap);
+    listener->thread_ = std::thread([raw = listener.get()] { raw->run(); });
+    return listener;
+}
+
+X11KeyListener::X11KeyListener(std::unique_ptr<X11Connection> connection, std::uint16_t masterKeyboard,
+                               KeyQuestions& questions)
+    : connection_(std::move(connection)),
+      questions_(questions),
+      wake_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
+      grabs_(*connection_, masterKeyboard),
+      hold_(*connection_, grabs_, mutex_) {
+    constexpr std::uint16_t notices = XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY | XCB_XKB_EVENT_TYPE_MAP_NOTIFY |
+                                      XCB_XKB_EVENT_TYPE_STATE_NOTIFY | XCB_XKB_EVENT_TYPE_CONTROLS_NOTIFY;
+    constexpr std::uint16_t allParts = 0xFF;
+    auto* xcb = connection_->xcb();
+    xcb_xkb_select_events(xcb, XCB_XKB_ID_USE_CORE_KBD, notices, 0, notices, allParts, allParts, nullptr);
+    // Asked after the notices were chosen, so that no change falls in between.
+    const XReply<xcb_xkb_get_state_reply_t> state(
+        xcb_xkb_get_state_reply(xcb, xcb_xkb_get_state(xcb, XCB_XKB_ID_USE_CORE_KBD), nullptr));
+    if (state) {
+        modifiers_ = state->mods;
+        group_ = state->group;
+    }
+    repeats_.readSettings(*connection_);
+}
+
+X11KeyListener::~X11KeyListener() {
+    stopping_ = true;
+    questions_.giveUp();
+    poke();
+    if (thread_.joinable()) thread_.join();
+    hold_.drop();
+    if (wake_ >= 0) close(wake_);
+}
+
+void X11KeyListener::poke() {
+    const std::uint64_t one = 1;
+    [[maybe_unused]] const auto written = write(wake_, &one, sizeof one);
+}
+
+void X11KeyListener::configure(bool listening, const std::vector<ClaimableKey>& claimable) {
+    {
+        const std::lock_guard guard(mutex_);
+        if (listening != listening_) selectEvents(listening);
+        listening_ = listening;
+        claimable_ = claimable;
+        grabs_.arm(claimable_, *keymap_, group_);
+    }
+    // Also brings the thread's events into the queue of the connection, where it would not notice them by
+    // itself.
+    connection_->roundTrip();
+    poke();
+}
+
+void X11KeyListener::selectEvents(bool listening) {
+    struct {
+        xcb_input_event_mask_t head;
+        std::uint32_t mask;
+    } wanted{{XCB_INPUT_DEVICE_ALL_MASTER, 1},
+             listening ? static_cast<std::uint32_t>(XCB_INPUT_XI_EVENT_MASK_RAW_KEY_PRESS |
+                                                    XCB_INPUT_XI_EVENT_MASK_RAW_KEY_RELEASE)
+                       : 0U};
+    xcb_input_xi_select_events(connection_->xcb(), connection_->root(), 1, &wanted.head);
+}
+
+void X11KeyListener::run() {
+    while (!stopping_ && !connection_->isLost()) {
+        if (const auto event = nextEvent()) {
+            handle(*event);
+            continue;
+        }
+        const auto now = monotonicNow();
+        if (reloadAt_ && now >= *reloadAt_) reloadKeymap();
+        if (repeats_.due() && now >= *repeats_.due()) makeRepeat();
+        waitForMore();
+    }
+}
+
+XReply<xcb_generic_event_t> X11KeyListener::nextEvent() {
+    if (pending_.empty()) return XReply<xcb_generic_event_t>(xcb_poll_for_event(connection_->xcb()));
+    auto event = std::move(pending_.front());
+    pending_.pop_front();
+    return event;
+}
+
+void X11KeyListener::waitForMore() {
+    // What a request of ours brought along lies in the queue already.
+    if (auto* queued = xcb_poll_for_event(connection_->xcb())) {
+        pending_.emplace_back(queued);
+        return;
+    }
+    std::optional<std::uint64_t> next = reloadAt_;
+    if (const auto due = repeats_.due()) next = next ? std::min(*next, *due) : *due;
+    int timeout = -1;
+    if (next) {
+        const auto now = monotonicNow();
+        timeout = *next <= now
+                      ? 0
+                      : static_cast<int>(std::min<std::uint64_t>((*next - now) / millisecond + 1, 60'000));
+    }
+    connection_->flush();
+    pollfd descriptors[] = {{xcb_get_file_descriptor(connection_->xcb()), POLLIN, 0}, {wake_, POLLIN, 0}};
+    poll(descriptors, 2, timeout);
+    if ((descriptors[1].revents & POLLIN) != 0) {
+        std::uint64_t count = 0;
+        [[maybe_unused]] const auto taken = read(wake_, &count, sizeof count);
+    }
+}
+
+void X11KeyListener::handle(const xcb_generic_event_t& event) {
+    if ((event.response_type & 0x7F) == connection_->xkbFirstEvent()) {
+        handleXkb(event);
+        return;
+    }
+    if (!isGeneric(event, connection_->xinputOpcode())) return;
+    const auto& generic = as<xcb_ge_generic_event_t>(event);
+    const auto& raw = as<xcb_input_raw_key_press_event_t>(event);
+    switch (generic.event_type) {
+        case XCB_INPUT_RAW_KEY_PRESS:
+            rawPress(static_cast<Keycode>(raw.detail), raw.time);
+            break;
+        case XCB_INPUT_RAW_KEY_RELEASE:
+            rawRelease(static_cast<Keycode>(raw.detail), raw.time);
+            break;
+        case XCB_INPUT_KEY_PRESS:
+            grabbedPress(as<DeviceEvent>(event));
+            break;
+        case XCB_INPUT_KEY_RELEASE:
+            grabbedRelease(as<DeviceEvent>(event));
+            break;
+        default:
+            break;
+    }
+}
+
+void X11KeyListener::handleXkb(const xcb_generic_event_t& event) {
+    // The second byte of every XKB event is its kind.
+    switch (event.pad0) {
+        case XCB_XKB_STATE_NOTIFY: {
+            const auto& state = as<xcb_xkb_state_notify_event_t>(event);
+            modifiers_ = state.mods;
+            if (state.group == group_) break;
+            const std::lock_guard guard(mutex_);
+            group_ = state.group;
+            grabs_.arm(claimable_, *keymap_, group_);
+            connection_->flush();
+            break;
+        }
+        case XCB_XKB_CONTROLS_NOTIFY:
+        case XCB_XKB_NEW_KEYBOARD_NOTIFY:
+        case XCB_XKB_MAP_NOTIFY:
+            if (!reloadAt_) reloadAt_ = monotonicNow() + reloadDelay;
+            break;
+        default:
+            break;
+    }
+}
+
+void X11KeyListener::reloadKeymap() {
+    reloadAt_.reset();
+    repeats_.readSettings(*connection_);
+    auto keymap = X11Keymap::load(*connection_);
+    if (!keymap) return;
+    const std::lock_guard guard(mutex_);
+    keymap_ = std::move(keymap);
+    grabs_.arm(claimable_, *keymap_, group_);
+    grabs_.rearm();
+    connection_->flush();
+}
+
+KeyEvent X11KeyListener::keyEvent(KeyEventType type, Keycode key, unsigned modifiers,
+                                  std::uint64_t time) const {
+    KeyEvent event;
+    event.type = type;
+    event.keyCode = keymap_->virtualCode(key, group_);
+    event.flags = keymap_->flags(modifiers);
+    event.timestamp = time;
+    return event;
+}
+
+bool X11KeyListener::isClaimable(const KeyEvent& event) {
+    const std::lock_guard guard(mutex_);
+    return std::any_of(claimable_.begin(), claimable_.end(), [&](const ClaimableKey& key) {
+        return key.keyCode == event.keyCode &&
+               (key.anyFlags ? (event.flags & key.flags) == key.flags : event.flags == key.flags);
+    });
+}
+
+/// Whether the press just listened to comes once more, as the event of one of our grabs. The server makes
+/// both in one go, so after a round trip it is there or never comes: an open menu of an application keeps our
+/// grabs from firing.
+bool X11KeyListener::grabEventFollows(Keycode key, xcb_timestamp_t time) {
+    const auto waiting = [&] {
+        while (auto* event = xcb_poll_for_event(connection_->xcb()))
+            pending_.emplace_back(event);
+        return std::any_of(pending_.begin(), pending_.end(), [&](const auto& event) {
+            return isGeneric(*event, connection_->xinputOpcode()) &&
+                   as<xcb_ge_generic_event_t>(*event).event_type == XCB_INPUT_KEY_PRESS &&
+                   as<DeviceEvent>(*event).detail == key && as<DeviceEvent>(*event).time == time;
+        });
+    };
+    if (waiting()) return true;
+    connection_->roundTrip();
+    return waiting();
+}
+
+void X11KeyListener::rawPress(Keycode key, xcb_timestamp_t time) {
+    if (key == keymap_->silentKey() || keymap_->isModifier(key)) return;
+    const auto when = nanoseconds(time);
+    repeats_.pressed(key, when);
+    bool mayBeGrabbed = false;
+    {
+        const std::lock_guard guard(mutex_);
+        mayBeGrabbed = grabs_.covers(key) || hold_.isActive();
+    }
+    const unsigned modifiers = modifiers_;
+    if (mayBeGrabbed && grabEventFollows(key, time)) return;
+    toldKey_ = key;
+    toldTime_ = time;
+    questions_.tell(keyEvent(KeyEventType::keyDown, key, modifiers, when));
+}
+
+void X11KeyListener::rawRelease(Keycode key, xcb_timestamp_t time) {
+    if (key == keymap_->silentKey() || keymap_->isModifier(key)) return;
+    repeats_.released(key);
+    hold_.rawRelease(key);
+    questions_.tell(keyEvent(KeyEventType::keyUp, key, modifiers_, nanoseconds(time)));
+}
+
+void X11KeyListener::grabbedPress(const DeviceEvent& event) {
+    const auto key = static_cast<Keycode>(event.detail);
+    const auto when = nanoseconds(event.time);
+    auto report = keyEvent(KeyEventType::keyDown, key, event.mods.effective, when);
+    report.isAutoRepeat = (event.flags & XCB_INPUT_KEY_EVENT_FLAGS_KEY_REPEAT) != 0;
+    if (report.isAutoRepeat) repeats_.repeatSeen(key, when);
+    // No press is told twice, however it came here.
+    const bool told = !report.isAutoRepeat && key == toldKey_ && event.time == toldTime_;
+
+    X11KeyHold::Event held;
+    held.key = key;
+    held.isRepeat = report.isAutoRepeat;
+    held.isModifier = keymap_->isModifier(key);
+    held.claimable = !told && isClaimable(report);
+    hold_.press(
+        held, [&] { return questions_.ask(report, answerLimit); },
+        [&] {
+            if (!told) questions_.tell(report);
+        });
+}
+
+void X11KeyListener::grabbedRelease(const DeviceEvent& event) {
+    const auto key = static_cast<Keycode>(event.detail);
+    X11KeyHold::Event held;
+    held.key = key;
+    held.isModifier = keymap_->isModifier(key);
+    held.optionHeld = (keymap_->flags(event.mods.effective) & KeyFlags::option) != 0;
+    // The engine learns of releases from listening, so that each comes once.
+    if (!hold_.release(held)) return;
+    if (const auto silent = keymap_->silentKey()) {
+        xcb_test_fake_input(connection_->xcb(), XCB_KEY_PRESS, *silent, XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
+        xcb_test_fake_input(connection_->xcb(), XCB_KEY_RELEASE, *silent, XCB_CURRENT_TIME, XCB_NONE, 0, 0,
+                            0);
+        connection_->flush();
+    }
+}
+
+void X11KeyListener::makeRepeat() {
+    const auto due = repeats_.due();
+    const auto key = repeats_.take(monotonicNow());
+    if (!key) return;
+    {
+        const std::lock_guard guard(mutex_);
+        if (!listening_) {
+            repeats_.stop();
+            return;
+        }
+    }
+    // A release that was never seen (it fell into a pause) must not leave a key repeating for ever.
+    const XReply<xcb_query_keymap_reply_t> down(
+        xcb_query_keymap_reply(connection_->xcb(), xcb_query_keymap(connection_->xcb()), nullptr));
+    if (!down || (down->keys[*key / 8] & (1U << (*key % 8))) == 0) {
+        repeats_.stop();
+        return;
+    }
+    auto report = keyEvent(KeyEventType::keyDown, *key, modifiers_, *due);
+    report.isAutoRepeat = true;
+    questions_.tell(report);
+}
+
+}  // namespace veltrin

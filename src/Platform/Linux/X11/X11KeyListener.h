@@ -1,0 +1,88 @@
+#pragma once
+
+#include "Platform/KeyEventTap.h"
+#include "Platform/Linux/X11/KeyQuestions.h"
+#include "Platform/Linux/X11/X11KeyGrabs.h"
+#include "Platform/Linux/X11/X11KeyHold.h"
+#include "Platform/Linux/X11/X11KeyRepeats.h"
+#include "Platform/Linux/X11/X11Keymap.h"
+
+#include <xcb/xinput.h>
+
+#include <atomic>
+#include <chrono>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace veltrin {
+
+/// Listens to every key of the session on a thread and connection of its own, and swallows what may be
+/// claimed and is. An ordinary key is never delayed; a claimable one waits for its answer at most 50 ms.
+class X11KeyListener {
+public:
+    /// Null when the server has no XInput 2.2 or no XKB. `questions` outlives the listener.
+    static std::unique_ptr<X11KeyListener> start(const QByteArray& display, KeyQuestions& questions);
+    ~X11KeyListener();
+    X11KeyListener(const X11KeyListener&) = delete;
+    X11KeyListener& operator=(const X11KeyListener&) = delete;
+
+    /// Replaces what may be claimed, and listens or does not. In force when it returns. Main thread.
+    void configure(bool listening, const std::vector<ClaimableKey>& claimable);
+    /// Frees the keyboard for synthetic keys when a swallowed key is still held; see X11KeyHold::letGo. Main
+    /// thread.
+    void letGo(std::chrono::milliseconds limit) {
+        hold_.letGo(limit);
+        poke();
+    }
+
+private:
+    using Keycode = X11Keymap::Keycode;
+    using DeviceEvent = xcb_input_key_press_event_t;
+
+    X11KeyListener(std::unique_ptr<X11Connection> connection, std::uint16_t masterKeyboard,
+                   KeyQuestions& questions);
+    void run();
+    void waitForMore();
+    XReply<xcb_generic_event_t> nextEvent();
+    void handle(const xcb_generic_event_t& event);
+    void handleXkb(const xcb_generic_event_t& event);
+    void rawPress(Keycode key, xcb_timestamp_t time);
+    void rawRelease(Keycode key, xcb_timestamp_t time);
+    void grabbedPress(const DeviceEvent& event);
+    void grabbedRelease(const DeviceEvent& event);
+    void makeRepeat();
+    void reloadKeymap();
+    void selectEvents(bool listening);
+    bool grabEventFollows(Keycode key, xcb_timestamp_t time);
+    bool isClaimable(const KeyEvent& event);
+    KeyEvent keyEvent(KeyEventType type, Keycode key, unsigned modifiers, std::uint64_t time) const;
+    void poke();
+
+    std::unique_ptr<X11Connection> connection_;
+    KeyQuestions& questions_;
+    int wake_ = -1;
+    std::atomic<bool> stopping_{false};
+
+    // The listening thread's own.
+    std::deque<XReply<xcb_generic_event_t>> pending_;
+    X11KeyRepeats repeats_;
+    unsigned modifiers_ = 0;
+    std::optional<std::uint64_t> reloadAt_;
+    Keycode toldKey_ = 0;  ///< the press told last without a grab
+    xcb_timestamp_t toldTime_ = 0;
+
+    std::mutex mutex_;  ///< guards what follows, and the hold
+    std::shared_ptr<const X11Keymap> keymap_;
+    unsigned group_ = 0;
+    std::vector<ClaimableKey> claimable_;
+    bool listening_ = false;
+    X11KeyGrabs grabs_;
+    X11KeyHold hold_;
+
+    std::thread thread_;
+};
+
+}  // namespace veltrin

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <xcb/xcb.h>
+
+#include <cstdlib>
+#include <memory>
+
+// The generated XKB header has a struct member whose name is a C++ keyword.
+#define explicit explicit_
+#include <xcb/xkb.h>
+#undef explicit
+
+namespace veltrin {
+
+struct FreeDeleter {
+    void operator()(void* memory) const { std::free(memory); }
+};
+/// A reply or an event, freed with its owner.
+template <typename T>
+using XReply = std::unique_ptr<T, FreeDeleter>;
+
+}  // namespace veltrin
