@@ -46,6 +46,7 @@ public:
 
     const Payload& payload() const { return payload_; }
     bool isTranslate() const { return std::holds_alternative<Translate>(payload_); }
+    bool isCommandRecommend() const { return std::holds_alternative<CommandRecommend>(payload_); }
 
     QString logName() const;
     /// Title of the card when the action fails.

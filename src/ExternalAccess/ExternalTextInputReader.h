@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ExternalAccess/AttributeReading.h"
 #include "ExternalAccess/ClipboardTextAccess.h"
 #include "ExternalAccess/ExternalTextReadResult.h"
 #include "Platform/Preferences.h"
@@ -32,7 +33,7 @@ private:
     std::optional<QString> selectedText(const AXElementRef& element);
     std::optional<QString> valueText(const AXElementRef& element);
     std::optional<TextRange> selectedRange(const AXElementRef& element);
-    AXResult<AXElementRef> focusedElement(qint32 processIdentifier);
+    AttributeReading<AXElementRef> focusedElement(qint32 processIdentifier);
     ExternalTextReadResult readByClipboard(const ExternalTextReadResult& application);
     ExternalTextReadResult emptyResult(const QString& reason);
     static void log(const ExternalTextReadResult& result);

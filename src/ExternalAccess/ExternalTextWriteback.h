@@ -71,8 +71,8 @@ private:
     /// The user's pasteboard while a paste of ours is under way.
     struct PendingRestore {
         quint64 id = 0;
-        std::optional<QString> remembered;
-        qint64 changeCount = 0;  ///< right after our text was offered
+        std::optional<QString> remembered;  ///< the user's string
+        QString offered;                    ///< ours
         Timer timer;
     };
 
@@ -80,13 +80,16 @@ private:
                              const std::optional<TextRange>& selectedRange, bool forceReplaceAll);
     bool writeUsingAXValue(const QString& text, const AXElementRef& element,
                            const std::optional<TextRange>& selectedRange, bool forceReplaceAll);
-    /// False when a selection was asked for and did not take hold.
+    /// False when the field could be read and was not selected whole.
     bool selectAll(const AXElementRef& element);
+    /// True when the range reads back as selected, whatever the setting said.
     bool select(const AXElementRef& element, const TextRange& range);
+    bool isSelected(const AXElementRef& element, const TextRange& range);
     void setCursor(const AXElementRef& element, qint64 location);
     bool postCommandV(const QString& text, const ExternalTextReadResult& read);
-    void scheduleRestore(std::optional<QString> remembered);
+    void scheduleRestore(std::optional<QString> remembered, const QString& offered);
     void restore(const PendingRestore& pending);
+    void giveBack(const std::optional<QString>& remembered);
 
     Accessibility& accessibility_;
     Workspace& workspace_;
@@ -96,6 +99,7 @@ private:
     ClipboardTextAccess* clipboard_;
     std::vector<PendingRestore> pendingRestores_;
     quint64 lastRestoreId_ = 0;
+    qint64 ownChangeCount_ = 0;  ///< the pasteboard's count right after our last change of it
 };
 
 }  // namespace veltrin
