@@ -159,7 +159,7 @@ QCoro::Task<ExternalAIActionOutput> express(std::shared_ptr<const Run> run) {
     co_return output;
 }
 
-QCoro::Task<ExternalAIActionOutput> execute(std::shared_ptr<const Run> run) {
+QCoro::Task<ExternalAIActionOutput> execute(const std::shared_ptr<const Run>& run) {
     tell(run->outside->startThinking, run->channel());
     run->outside->showState(run->state(), run->session.anchor);
     return run->action.isCommandRecommend() ? recommend(run) : express(run);

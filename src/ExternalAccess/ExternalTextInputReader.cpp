@@ -143,7 +143,7 @@ std::optional<QString> ExternalTextInputReader::characterBeforeCursor() {
         return std::nullopt;
     }
     const QString character = Characters::containing(*value, range->location - 1);
-    const auto previous = character.isEmpty() ? std::nullopt : std::optional<QString>(character);
+    auto previous = character.isEmpty() ? std::nullopt : std::optional<QString>(character);
     verbose("Cursor context previous character:", previous, "isWhitespace:", startsWithWhitespace(character));
     return previous;
 }

@@ -13,8 +13,9 @@ namespace {
 /// Seconds the foreign application has to take a paste before the pasteboard is given back.
 constexpr double restoreDelay = 0.6;
 
-bool hasSelection(const std::optional<TextRange>& range) {
-    return range && range->length >= 1;
+/// The range, unless it is only a caret.
+std::optional<TextRange> selection(const std::optional<TextRange>& range) {
+    return range && range->length >= 1 ? range : std::nullopt;
 }
 
 bool hasLineBreak(const QString& text) {
@@ -104,8 +105,8 @@ bool ExternalTextWriteback::pasteUsingClipboard(const QString& text, const Exter
         bool selected = true;
         if (forceReplaceAll)
             selected = selectAll(read.element);
-        else if (hasSelection(selectedRange))
-            selected = select(read.element, *selectedRange);
+        else if (const auto passage = selection(selectedRange))
+            selected = select(read.element, *passage);
         // A paste beside the passage it was made from would leave the text there twice.
         if (!selected) {
             MVPLog::write("Writeback clipboard paste refused: selection did not take hold");
@@ -129,7 +130,7 @@ bool ExternalTextWriteback::pasteUsingClipboard(const QString& text, const Exter
         return true;
     }
     // Without a remembered string our text stays, and is what the user is left with: meant so.
-    if (remembered) giveBack(remembered);
+    if (remembered && isStillOurs(text)) giveBack(remembered);
     MVPLog::write("Writeback clipboard fallback failed: could not post Cmd+V");
     return false;
 }
@@ -173,14 +174,18 @@ void ExternalTextWriteback::runPendingRestores() {
 }
 
 void ExternalTextWriteback::restore(const PendingRestore& pending) {
-    // Somebody else has taken the pasteboard since our last change: the user's newer copy stays. Our own text
-    // in other hands (a clipboard manager took it over) is still ours to take back.
-    if (pasteboard_.changeCount() != ownChangeCount_ && pasteboard_.string().value() != pending.offered) {
+    if (!isStillOurs(pending.offered)) {
         MVPLog::write("Writeback clipboard restore skipped: pasteboard has newer content");
         return;
     }
     giveBack(pending.remembered);
     MVPLog::write("Writeback clipboard restored");
+}
+
+bool ExternalTextWriteback::isStillOurs(const QString& offered) const {
+    // Whoever took the pasteboard since our last change of it holds the user's newer copy, and that stays.
+    // Our own text in other hands (a clipboard manager took it over) is still ours to take back.
+    return pasteboard_.changeCount() == ownChangeCount_ || pasteboard_.string().value() == offered;
 }
 
 void ExternalTextWriteback::giveBack(const std::optional<QString>& remembered) {
@@ -211,57 +216,21 @@ bool ExternalTextWriteback::selectAll(const AXElementRef& element) {
 bool ExternalTextWriteback::writeUsingAXValue(const QString& text, const AXElementRef& element,
                                               const std::optional<TextRange>& selectedRange,
                                               bool forceReplaceAll) {
-    const auto settable = [&](AXAttribute attribute) {
-        const auto answer = accessibility_.isAttributeSettable(element, attribute);
-        return answer.ok() && answer.value;
-    };
-    const auto value = [&] { return readAttribute<QString>(accessibility_, element, AXAttribute::value); };
-
+    const auto passage = forceReplaceAll ? std::nullopt : selection(selectedRange);
     // Where the passage is not selected (any more), its replacement would land beside it.
-    const bool inPlace = !hasSelection(selectedRange) || isSelected(element, *selectedRange);
-    if (!forceReplaceAll && inPlace && settable(AXAttribute::selectedText)) {
-        const auto before = value().value;
-        const AXError error =
-            accessibility_.setAttributeValue(element, AXAttribute::selectedText, AXValue(text));
-        if (error == AXError::success) {
-            const qint64 cursor = (selectedRange ? selectedRange->location : 0) + text.size();
-            setCursor(element, cursor);
-            MVPLog::write("Writeback AXSelectedText success, cursor:", cursor);
-            return true;
-        }
-        MVPLog::write("Writeback AXSelectedText failed:", code(error), "falling back to AXValue");
+    const bool inPlace = !forceReplaceAll && (!passage || isSelected(element, *passage));
+    if (inPlace && isSettable(element, AXAttribute::selectedText)) {
+        const auto before = readAttribute<QString>(accessibility_, element, AXAttribute::value).value;
+        if (replaceSelection(text, element, selectedRange)) return true;
         // A write that was said to fail may have landed all the same; a second one would spoil what stands
         // there.
-        if (before && value().value != before) {
+        if (before && readAttribute<QString>(accessibility_, element, AXAttribute::value).value != before) {
             MVPLog::write("Writeback AXValue refused: the field has changed");
             return false;
         }
     }
-    if (!settable(AXAttribute::value)) return false;
-
-    if (!forceReplaceAll && hasSelection(selectedRange)) {
-        const auto current = value();
-        if (!current.value) {
-            MVPLog::write("Writeback AXValue read failed:", code(current.error));
-            return false;
-        }
-        const qint64 length = current.value->size();
-        if (selectedRange->location < 0 || selectedRange->location > length ||
-            selectedRange->length > length - selectedRange->location) {
-            MVPLog::write("Writeback AXValue range out of bounds");
-            return false;
-        }
-        QString replaced = *current.value;
-        replaced.replace(selectedRange->location, selectedRange->length, text);
-        const AXError error =
-            accessibility_.setAttributeValue(element, AXAttribute::value, AXValue(replaced));
-        if (error != AXError::success) {
-            MVPLog::write("Writeback AXValue set failed:", code(error));
-            return false;
-        }
-        setCursor(element, selectedRange->location + text.size());
-        return true;
-    }
+    if (!isSettable(element, AXAttribute::value)) return false;
+    if (passage) return replacePassage(text, element, *passage);
 
     // Also where only a caret stood and everything before this failed: the whole field is replaced, meant so.
     const AXError error = accessibility_.setAttributeValue(element, AXAttribute::value, AXValue(text));
@@ -271,6 +240,47 @@ bool ExternalTextWriteback::writeUsingAXValue(const QString& text, const AXEleme
     }
     setCursor(element, text.size());
     return true;
+}
+
+bool ExternalTextWriteback::replaceSelection(const QString& text, const AXElementRef& element,
+                                             const std::optional<TextRange>& selectedRange) {
+    const AXError error = accessibility_.setAttributeValue(element, AXAttribute::selectedText, AXValue(text));
+    if (error != AXError::success) {
+        MVPLog::write("Writeback AXSelectedText failed:", code(error), "falling back to AXValue");
+        return false;
+    }
+    const qint64 cursor = (selectedRange ? selectedRange->location : 0) + text.size();
+    setCursor(element, cursor);
+    MVPLog::write("Writeback AXSelectedText success, cursor:", cursor);
+    return true;
+}
+
+bool ExternalTextWriteback::replacePassage(const QString& text, const AXElementRef& element,
+                                           const TextRange& passage) {
+    auto current = readAttribute<QString>(accessibility_, element, AXAttribute::value);
+    if (!current.value) {
+        MVPLog::write("Writeback AXValue read failed:", code(current.error));
+        return false;
+    }
+    const qint64 length = current.value->size();
+    if (passage.location < 0 || passage.location > length || passage.length > length - passage.location) {
+        MVPLog::write("Writeback AXValue range out of bounds");
+        return false;
+    }
+    current.value->replace(passage.location, passage.length, text);
+    const AXError error =
+        accessibility_.setAttributeValue(element, AXAttribute::value, AXValue(*current.value));
+    if (error != AXError::success) {
+        MVPLog::write("Writeback AXValue set failed:", code(error));
+        return false;
+    }
+    setCursor(element, passage.location + text.size());
+    return true;
+}
+
+bool ExternalTextWriteback::isSettable(const AXElementRef& element, AXAttribute attribute) {
+    const auto settable = accessibility_.isAttributeSettable(element, attribute);
+    return settable.ok() && settable.value;
 }
 
 void ExternalTextWriteback::setCursor(const AXElementRef& element, qint64 location) {

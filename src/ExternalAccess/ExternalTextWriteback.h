@@ -80,6 +80,10 @@ private:
                              const std::optional<TextRange>& selectedRange, bool forceReplaceAll);
     bool writeUsingAXValue(const QString& text, const AXElementRef& element,
                            const std::optional<TextRange>& selectedRange, bool forceReplaceAll);
+    bool replaceSelection(const QString& text, const AXElementRef& element,
+                          const std::optional<TextRange>& selectedRange);
+    bool replacePassage(const QString& text, const AXElementRef& element, const TextRange& passage);
+    bool isSettable(const AXElementRef& element, AXAttribute attribute);
     /// False when the field could be read and was not selected whole.
     bool selectAll(const AXElementRef& element);
     /// True when the range reads back as selected, whatever the setting said.
@@ -89,6 +93,7 @@ private:
     bool postCommandV(const QString& text, const ExternalTextReadResult& read);
     void scheduleRestore(std::optional<QString> remembered, const QString& offered);
     void restore(const PendingRestore& pending);
+    bool isStillOurs(const QString& offered) const;
     void giveBack(const std::optional<QString>& remembered);
 
     Accessibility& accessibility_;

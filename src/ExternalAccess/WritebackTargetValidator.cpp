@@ -35,13 +35,14 @@ bool WritebackTargetValidator::shouldCopyResultInsteadOfWriteback(const Writebac
         return true;
     }
 
-    const auto title = snapshot.focusedWindowTitle
-                           ? WritebackTargetSnapshot::currentFocusedWindowTitle(accessibility_, pid)
-                           : std::nullopt;
-    const bool windowMismatch = title && *title != *snapshot.focusedWindowTitle;
-    if (windowMismatch)
-        MVPLog::write("Writeback target changed: focused window title mismatch",
-                      "original:", snapshot.focusedWindowTitle, "current:", title);
+    bool windowMismatch = false;
+    if (const auto& original = snapshot.focusedWindowTitle) {
+        const auto current = WritebackTargetSnapshot::currentFocusedWindowTitle(accessibility_, pid);
+        windowMismatch = current && *current != *original;
+        if (windowMismatch)
+            MVPLog::write("Writeback target changed: focused window title mismatch", "original:", *original,
+                          "current:", *current);
+    }
 
     // A mismatch has already settled the answer; the rest still runs for its log lines.
     bool focused = false;
