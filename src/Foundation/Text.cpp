@@ -14,15 +14,24 @@ bool isBlank(QStringView text) {
     return text.trimmed().isEmpty();
 }
 
-QString singleLine(const QString& text) {
-    QString line = text;
-    line.replace(QStringLiteral("\r\n"), QStringLiteral(" "));
-    for (QChar& c : line) {
-        if (c == u'\n' || c == u'\r' || c == u'\t' || c == QChar::LineSeparator ||
-            c == QChar::ParagraphSeparator)
-            c = u' ';
+QString trimmed(QStringView text, QStringView characters) {
+    while (!text.isEmpty() && characters.contains(text.front()))
+        text = text.mid(1);
+    while (!text.isEmpty() && characters.contains(text.back()))
+        text.chop(1);
+    return text.toString();
+}
+
+QString lineBreaksAsBlanks(QString text) {
+    text.replace(QStringLiteral("\r\n"), QStringLiteral(" "));
+    for (QChar& c : text) {
+        if (isLineBreak(c)) c = u' ';
     }
-    return line.trimmed();
+    return text;
+}
+
+QString singleLine(const QString& text) {
+    return lineBreaksAsBlanks(text).replace(u'\t', u' ').trimmed();
 }
 
 QString preview(const QString& text, qsizetype characters) {
