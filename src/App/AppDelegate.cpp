@@ -27,18 +27,21 @@ AppDelegate::AppDelegate(const Desktop& desktop, const Shared& shared)
       shared_(shared),
       appPolicy_(desktop.workspace, shared.settings),
       engine_(desktop.runLoop, desktop.keyEventTaps, desktop.preferences, desktop.pasteboard),
-      debugPanel_(desktop.runLoop, desktop.screens, desktop.floatingPanels, desktop.pasteboard, desktop.preferences),
+      debugPanel_(desktop.runLoop, desktop.screens, desktop.floatingPanels, desktop.pasteboard,
+                  desktop.preferences),
       permissions_(desktop.workspace, desktop.accessibility, desktop.keyEventTaps),
       reader_(desktop.accessibility, desktop.workspace, desktop.preferences),
       locator_(desktop.accessibility, desktop.workspace, desktop.screens),
-      writeback_(desktop.accessibility, desktop.workspace, desktop.pasteboard, desktop.keyPoster, desktop.runLoop),
+      writeback_(desktop.accessibility, desktop.workspace, desktop.pasteboard, desktop.keyPoster,
+                 desktop.runLoop),
       validator_(desktop.accessibility, desktop.workspace, shared.settings),
       expressions_(shared.client),
       actions_({desktop.runLoop, desktop.accessibility, shared.settings, engine_, debugPanel_, writeback_,
                 validator_, expressions_, shared.expressionMemory}),
       translation_(engine_, locator_, reader_, actions_),
       gates_(shared.settings, appPolicy_),
-      quitShortcut_(desktop.keyEventTaps, desktop.runLoop, desktop.processControl) {}
+      quitShortcut_(desktop.keyEventTaps, desktop.runLoop, desktop.processControl) {
+}
 
 AppDelegate::~AppDelegate() = default;
 
@@ -66,10 +69,16 @@ void AppDelegate::setupNotificationObservers() {
 
 void AppDelegate::fillEngine() {
     const AppSettings& settings = shared_.settings;
-    engine_.isFrontmostAppAllowedForDouble = lifetime_.bind([this] { return appPolicy_.isFrontmostAppAllowed({}); });
-    engine_.characterBeforeCursorProvider = lifetime_.bind([this] { return reader_.characterBeforeCursor(); });
-    engine_.doubleSpaceMaximumInterval = [&settings] { return seconds(settings.doubleSpaceMaxIntervalMS, 120, 500); };
-    engine_.doubleSpaceIdleGuard = [&settings] { return seconds(settings.doubleSpaceIdleGuardMS, 300, 2000); };
+    engine_.isFrontmostAppAllowedForDouble =
+        lifetime_.bind([this] { return appPolicy_.isFrontmostAppAllowed({}); });
+    engine_.characterBeforeCursorProvider =
+        lifetime_.bind([this] { return reader_.characterBeforeCursor(); });
+    engine_.doubleSpaceMaximumInterval = [&settings] {
+        return seconds(settings.doubleSpaceMaxIntervalMS, 120, 500);
+    };
+    engine_.doubleSpaceIdleGuard = [&settings] {
+        return seconds(settings.doubleSpaceIdleGuardMS, 300, 2000);
+    };
     engine_.tripleSpaceMaximumTailInterval = [&settings] {
         return seconds(settings.tripleSpaceTailIntervalMS, 120, 320);
     };
@@ -130,7 +139,9 @@ void AppDelegate::warmUp() {
     shared_.client.warmup();
 }
 
-void AppDelegate::showMainWindow() { MVPLog::write("Main window requested"); }
+void AppDelegate::showMainWindow() {
+    MVPLog::write("Main window requested");
+}
 
 bool AppDelegate::applicationShouldHandleReopen(bool) {
     showMainWindow();

@@ -26,8 +26,9 @@ class AppSettings;
 class ExpressionMemoryStore;
 class OllamaClient;
 
-/// The spine of the process: owns the long-lived objects, turns the engine's raw callbacks into actions, and brings
-/// the process up and down in order. The work of each interaction is done by an object of its own. Main thread.
+/// The spine of the process: owns the long-lived objects, turns the engine's raw callbacks into actions, and
+/// brings the process up and down in order. The work of each interaction is done by an object of its own.
+/// Main thread.
 class AppDelegate {
 public:
     /// Process-wide objects that outlive the delegate.
@@ -44,7 +45,8 @@ public:
     ~AppDelegate();
 
     void applicationDidFinishLaunching();
-    /// The program was started again or its icon was pressed. Always answers false: nothing is left to the caller.
+    /// The program was started again or its icon was pressed. Always answers false: nothing is left to the
+    /// caller.
     bool applicationShouldHandleReopen(bool hasVisibleWindows);
     /// True: the process may end now.
     bool applicationShouldTerminate();

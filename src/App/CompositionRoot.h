@@ -8,8 +8,8 @@ namespace veltrin {
 
 class SingleInstance;
 
-/// Builds the adapters of this desktop, hands them to the core objects by constructor, and starts the delegate. The
-/// only place that knows which adapter stands for which port.
+/// Builds the adapters of this desktop, hands them to the core objects by constructor, and starts the
+/// delegate. The only place that knows which adapter stands for which port.
 class CompositionRoot {
 public:
     CompositionRoot(QGuiApplication& application, SingleInstance& instance);

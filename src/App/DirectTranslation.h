@@ -14,8 +14,8 @@ class SpaceGestureEngine;
 /// Three taps or the translation shortcut: reads the focused field and translates it, with nothing to choose.
 class DirectTranslation {
 public:
-    DirectTranslation(SpaceGestureEngine& engine, ExternalTextInputLocator& locator, ExternalTextInputReader& reader,
-                      ExternalActionHandler& actions)
+    DirectTranslation(SpaceGestureEngine& engine, ExternalTextInputLocator& locator,
+                      ExternalTextInputReader& reader, ExternalActionHandler& actions)
         : engine_(engine), locator_(locator), reader_(reader), actions_(actions) {}
 
     /// Begins on the next turn of the run loop and returns at once: the caller stands in the path of a key.

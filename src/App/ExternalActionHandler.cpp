@@ -3,9 +3,9 @@
 #include "Data/AppSettings.h"
 #include "Debug/MVPDebugPanel.h"
 #include "Engines/ExpressionRunner.h"
+#include "Expression/ExpressionMemoryStore.h"
 #include "ExternalAccess/ExternalTextWriteback.h"
 #include "ExternalAccess/WritebackTargetValidator.h"
-#include "Expression/ExpressionMemoryStore.h"
 #include "Foundation/Characters.h"
 #include "Foundation/MVPLog.h"
 #include "Gesture/SpaceGestureEngine.h"
@@ -30,9 +30,10 @@ ExternalActionPipeline::Dependencies ExternalActionHandler::dependencies() {
     to.showState = lifetime_.bind([this](ExternalAIActionState state, const std::optional<QRectF>& anchor) {
         showAIState(state, anchor);
     });
-    to.showFeedback = lifetime_.bind([this](const ExternalActionFeedback& card, const std::optional<QRectF>& anchor) {
-        parts_.panel.showFailureCard(card, anchor);
-    });
+    to.showFeedback =
+        lifetime_.bind([this](const ExternalActionFeedback& card, const std::optional<QRectF>& anchor) {
+            parts_.panel.showFailureCard(card, anchor);
+        });
     to.dismissOverlay = lifetime_.bind([this] { parts_.panel.dismissOverlay(); });
     to.showCopiedResult = lifetime_.bind([this](const QString& text, const ExternalGestureAIAction& action) {
         showCopiedFallbackResult(text, action);
@@ -56,7 +57,8 @@ ExternalActionPipeline::Dependencies ExternalActionHandler::dependencies() {
     };
     to.focusedWindowTitle =
         lifetime_.bind([this](std::optional<qint32> processIdentifier) -> std::optional<QString> {
-            return WritebackTargetSnapshot::currentFocusedWindowTitle(parts_.accessibility, processIdentifier);
+            return WritebackTargetSnapshot::currentFocusedWindowTitle(parts_.accessibility,
+                                                                      processIdentifier);
         });
     to.translationTargetLanguage =
         lifetime_.bind([this] { return rawValue(parts_.settings.translationTargetLang()); });
@@ -71,13 +73,16 @@ void ExternalActionHandler::showAIState(ExternalAIActionState state, const std::
     parts_.panel.showStatusPill(statusText(state), anchor, std::nullopt);
 }
 
-void ExternalActionHandler::showCopiedFallbackResult(const QString& text, const ExternalGestureAIAction& action) {
-    MVPLog::write("Copied fallback requested:", "action:", action.logName(), "length:", Characters::count(text));
+void ExternalActionHandler::showCopiedFallbackResult(const QString& text,
+                                                     const ExternalGestureAIAction& action) {
+    MVPLog::write("Copied fallback requested:", "action:", action.logName(),
+                  "length:", Characters::count(text));
     parts_.panel.dismissOverlay();
     parts_.panel.showCopiedResult(text, action.copiedResultLabel(), copiedResultSeconds);
 }
 
-ExternalTextWritebackResult ExternalActionHandler::write(const QString& text, const ExternalTextReadResult& read,
+ExternalTextWritebackResult ExternalActionHandler::write(const QString& text,
+                                                         const ExternalTextReadResult& read,
                                                          bool forceReplaceAll) {
     parts_.engine.setEventTapEnabled(false, QStringLiteral("external text writeback"));
     auto result = parts_.writeback.apply(text, read, forceReplaceAll);

@@ -16,8 +16,8 @@ class RunLoop;
 class SpaceGestureEngine;
 class WritebackTargetValidator;
 
-/// Runs actions on foreign text: binds the pipeline to the panels, the writeback and the expression engine of this
-/// process. Main thread.
+/// Runs actions on foreign text: binds the pipeline to the panels, the writeback and the expression engine of
+/// this process. Main thread.
 class ExternalActionHandler {
 public:
     struct Parts {

@@ -10,8 +10,9 @@ namespace veltrin {
 class ProcessControl;
 class RunLoop;
 
-/// Command-Q, with any further modifiers and whatever application is in front, ends this program and does not reach
-/// the foreign application. That is required behaviour. A tap of its own, never suspended, from launch to the end.
+/// Command-Q, with any further modifiers and whatever application is in front, ends this program and does not
+/// reach the foreign application. That is required behaviour. A tap of its own, never suspended, from launch
+/// to the end.
 class QuitShortcut {
 public:
     QuitShortcut(KeyEventTaps& taps, RunLoop& runLoop, ProcessControl& process)

@@ -16,8 +16,9 @@ struct Rule {
     const char* refusal;
 };
 
-/// In the order of Trigger. A gesture and its shortcut share switch and blacklist, so that switching the double tap
-/// off switches the optimise shortcut off as well; only drag asks nothing of the master switch. Meant so.
+/// In the order of Trigger. A gesture and its shortcut share switch and blacklist, so that switching the
+/// double tap off switches the optimise shortcut off as well; only drag asks nothing of the master switch.
+/// Meant so.
 constexpr Rule rules[] = {
     {true, &AppSettings::doubleSpaceGestureEnabled, &AppSettings::optimizeBlacklistedBundleIDsText,
      "Double Space Triggered but ignored by settings"},

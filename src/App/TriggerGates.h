@@ -15,8 +15,8 @@ enum class Trigger {
     dragShortcut,
 };
 
-/// Decides at the moment of a trigger whether the settings let it act: the master switch, the trigger's feature
-/// switch, and its own blacklist beside the general one. A refusal is one log line.
+/// Decides at the moment of a trigger whether the settings let it act: the master switch, the trigger's
+/// feature switch, and its own blacklist beside the general one. A refusal is one log line.
 class TriggerGates {
 public:
     TriggerGates(const AppSettings& settings, const SpaceGestureAppPolicy& policy)

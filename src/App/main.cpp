@@ -7,8 +7,9 @@
 #include <QGuiApplication>
 #include <QQuickWindow>
 
-#include <cstdio>
 #include <xcb/xcb.h>
+
+#include <cstdio>
 
 namespace veltrin {
 namespace {
@@ -22,13 +23,15 @@ std::optional<QString> displayProblem() {
             return QStringLiteral(
                 "Veltrin cannot listen to keys in a Wayland-only session. Log in with an X11 session "
                 "(\"Xorg\" in the login screen), then start it again.");
-        return QStringLiteral("Veltrin found no display: DISPLAY is not set. Start it inside a desktop session.");
+        return QStringLiteral(
+            "Veltrin found no display: DISPLAY is not set. Start it inside a desktop session.");
     }
     xcb_connection_t* connection = xcb_connect(nullptr, nullptr);
     const bool reachable = xcb_connection_has_error(connection) == 0;
     xcb_disconnect(connection);
     if (reachable) return std::nullopt;
-    return QStringLiteral("Veltrin cannot open the display \"%1\". Is the X server running, and may this user use it?")
+    return QStringLiteral(
+               "Veltrin cannot open the display \"%1\". Is the X server running, and may this user use it?")
         .arg(qEnvironmentVariable("DISPLAY"));
 }
 
@@ -45,7 +48,8 @@ int run(QGuiApplication& application) {
 
     SingleInstance instance(QStringLiteral("com.veltrin.app"));
     switch (instance.acquire(0)) {
-        case SingleInstance::Outcome::first: break;
+        case SingleInstance::Outcome::first:
+            break;
         case SingleInstance::Outcome::noSession:
             MVPLog::write("Single instance check skipped: no session bus");
             break;
