@@ -8,6 +8,7 @@
 #include <sys/types.h>
 
 #include <optional>
+#include <set>
 
 namespace veltrin {
 
@@ -34,6 +35,9 @@ public:
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
     ~ChildProcess() { kill(); }
+
+    /// The processes that stand behind all objects of this class and have not been seen to end. Any thread.
+    static std::set<pid_t> all();
 
     pid_t pid() const { return pid_; }
     bool isRunning();

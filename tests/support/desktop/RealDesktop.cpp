@@ -103,30 +103,16 @@ QString accessibilityLauncher() {
     throw std::runtime_error("at-spi-bus-launcher is not installed");
 }
 
-/// Kills the processes of a desktop but the spared ones, with what they start meanwhile. Gives whom it
-/// killed; those that were orphans are our children now and leave zombies until somebody waits for them.
-std::set<pid_t> endMarked(const std::string& folder, const std::vector<pid_t>& spared) {
-    std::set<pid_t> killed;
+/// Kills the processes of a desktop but the spared ones, with what they start meanwhile, and leaves no
+/// zombie.
+void endMarked(const std::string& folder, const std::vector<pid_t>& spared) {
     waitUntil(5, [&] {
         auto left = processesMarked(folder);
         std::erase_if(left, [&](pid_t pid) { return std::ranges::find(spared, pid) != spared.end(); });
         for (const pid_t pid : left)
             kill(pid, SIGKILL);
-        killed.insert(left.begin(), left.end());
-        for (const pid_t pid : killed)
-            waitpid(pid, nullptr, WNOHANG);
+        reapOrphans(ChildProcess::all());
         return left.empty();
-    });
-    return killed;
-}
-
-/// Takes the last status of killed processes, the orphans' included, so that no zombie stays.
-void waitForAll(const std::set<pid_t>& killed) {
-    waitUntil(1, [&killed] {
-        return std::ranges::all_of(killed, [](pid_t pid) {
-            waitpid(pid, nullptr, WNOHANG);
-            return kill(pid, 0) != 0;
-        });
     });
 }
 
@@ -376,7 +362,7 @@ std::vector<pid_t> RealDesktop::programs() const {
 }
 
 void RealDesktop::endPrograms() {
-    waitForAll(endMarked(folder_.toStdString(), servers_));
+    endMarked(folder_.toStdString(), servers_);
 }
 
 void RealDesktop::end() {
@@ -388,10 +374,9 @@ void RealDesktop::end() {
     const pid_t server = server_.pid();
     for (ChildProcess* child : {&windowManager_, &accessibility_, &bus_})
         child->kill();
-    const auto killed = endMarked(folder, {server});
+    endMarked(folder, {server});
     server_.terminate();
-    for (const pid_t pid : killed)
-        waitpid(pid, nullptr, WNOHANG);
+    reapOrphans(ChildProcess::all());
     removeDisplayLeftovers(display_.toStdString(), server);
     QDir(folder_).removeRecursively();
     if (keeperPipe_.write >= 0 && keeper_.isRunning()) {
