@@ -1,4 +1,5 @@
 #include "Expression/ExpressionMemoryStore.h"
+#include "Foundation/Json.h"
 #include "support/fake/FakePreferences.h"
 
 #include <gtest/gtest.h>
