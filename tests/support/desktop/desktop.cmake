@@ -12,7 +12,4 @@ target_link_libraries(veltrin_desktop_keeper PRIVATE veltrin_build)
 add_executable(veltrin_test_editor ${CMAKE_CURRENT_LIST_DIR}/../apps/TestEditor.cpp)
 target_link_libraries(veltrin_test_editor PRIVATE veltrin_build Qt6::Widgets)
 
-if(TARGET veltrin_desktop_tests)
-    target_link_libraries(veltrin_desktop_tests PRIVATE PkgConfig::VELTRIN_TYPIST)
-    add_dependencies(veltrin_desktop_tests veltrin_desktop_keeper veltrin_test_editor)
-endif()
+target_link_libraries(veltrin_test_support PRIVATE PkgConfig::VELTRIN_TYPIST)
