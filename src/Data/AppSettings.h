@@ -88,6 +88,13 @@ public:
 
     /// The identifiers of a blacklist text: split at commas and line feeds, trimmed, empty ones dropped, order kept.
     static QStringList parseBundleList(const QString& text);
+
+private:
+    void migrate();
+
+    // Made before anybody else can subscribe, so these effects come first.
+    Subscription providerEffect_;
+    Subscription onboardingEffect_;
 };
 
 }  // namespace veltrin

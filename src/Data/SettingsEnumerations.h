@@ -53,6 +53,8 @@ QString subtitle(AppLanguage language, bool english);
 BilingualName name(PopupAppearance appearance);
 /// Chinese whatever the interface language: meant so.
 QString word(PopupSoundPreset preset);
+/// What the settings row of the sounds shows: the preset's word, or that they are off.
+QString soundRowWord(bool soundEnabled, PopupSoundPreset preset, bool english);
 /// The language's own name.
 QString label(TranslationLanguage language);
 /// The name that prompts use.

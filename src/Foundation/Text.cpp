@@ -6,28 +6,45 @@
 
 namespace veltrin::Text {
 
-QString trimmed(QStringView text) { return text.trimmed().toString(); }
-
-bool isBlank(QStringView text) { return text.trimmed().isEmpty(); }
-
-QString singleLine(const QString& text) {
-    QString line = text;
-    line.replace(QStringLiteral("\r\n"), QStringLiteral(" "));
-    for (QChar& c : line) {
-        if (c == u'\n' || c == u'\r' || c == u'\t' || c == QChar::LineSeparator || c == QChar::ParagraphSeparator)
-            c = u' ';
-    }
-    return line.trimmed();
+QString trimmed(QStringView text) {
+    return text.trimmed().toString();
 }
 
-QString preview(const QString& text, qsizetype characters) { return elided(singleLine(text), characters); }
+bool isBlank(QStringView text) {
+    return text.trimmed().isEmpty();
+}
+
+QString trimmed(QStringView text, QStringView characters) {
+    while (!text.isEmpty() && characters.contains(text.front()))
+        text = text.mid(1);
+    while (!text.isEmpty() && characters.contains(text.back()))
+        text.chop(1);
+    return text.toString();
+}
+
+QString lineBreaksAsBlanks(QString text) {
+    text.replace(QStringLiteral("\r\n"), QStringLiteral(" "));
+    for (QChar& c : text) {
+        if (isLineBreak(c)) c = u' ';
+    }
+    return text;
+}
+
+QString singleLine(const QString& text) {
+    return lineBreaksAsBlanks(text).replace(u'\t', u' ').trimmed();
+}
+
+QString preview(const QString& text, qsizetype characters) {
+    return elided(singleLine(text), characters);
+}
 
 QString elided(const QString& text, qsizetype characters) {
     const QString cut = Characters::prefix(text, characters);
     return cut.size() == text.size() ? text : cut + QStringLiteral("...");
 }
 
-bool containsAny(const QString& text, std::span<const char16_t* const> words, Qt::CaseSensitivity sensitivity) {
+bool containsAny(const QString& text, std::span<const char16_t* const> words,
+                 Qt::CaseSensitivity sensitivity) {
     return std::any_of(words.begin(), words.end(),
                        [&](const char16_t* word) { return text.contains(QStringView(word), sensitivity); });
 }

@@ -11,13 +11,25 @@ namespace veltrin::Text {
 /// `text` without white space and new lines at both ends.
 QString trimmed(QStringView text);
 
+/// `text` without any of `characters` at both ends.
+QString trimmed(QStringView text, QStringView characters);
+
 /// True when nothing is left after `trimmed`.
 bool isBlank(QStringView text);
+
+/// True for the units that end a line: LF, VT, FF, CR, NEL and the Unicode line and paragraph separators.
+constexpr bool isLineBreak(QChar c) {
+    return (c >= u'\n' && c <= u'\r') || c == u'\u0085' || c == u'\u2028' || c == u'\u2029';
+}
+
+/// `text` with one blank for each line break; CR LF is one.
+QString lineBreaksAsBlanks(QString text);
 
 /// `text` on one line: every line break and tab becomes a blank, then the ends are trimmed.
 QString singleLine(const QString& text);
 
-/// `singleLine(text)`, and when that has more than `characters` characters, its first `characters` followed by
+/// `singleLine(text)`, and when that has more than `characters` characters, its first `characters` followed
+/// by
 /// "...".
 QString preview(const QString& text, qsizetype characters);
 
