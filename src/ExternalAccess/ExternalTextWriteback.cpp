@@ -12,6 +12,9 @@ namespace {
 
 /// Seconds the foreign application has to take a paste before the pasteboard is given back.
 constexpr double restoreDelay = 0.6;
+/// An application has 0.2 s to come to front.
+constexpr double activationCheckInterval = 0.01;
+constexpr int activationChecks = 20;
 
 /// The range, unless it is only a caret.
 std::optional<TextRange> selection(const std::optional<TextRange>& range) {
@@ -98,6 +101,7 @@ bool ExternalTextWriteback::pasteUsingClipboard(const QString& text, const Exter
             workspace_.activate(*read.processIdentifier, ActivateOptions::ignoringOtherApps);
             MVPLog::write("Writeback clipboard paste activated app:", application->localizedName,
                           "pid:", *read.processIdentifier);
+            waitUntilFrontmost(*read.processIdentifier);
         }
     }
     if (read.element) {
@@ -133,6 +137,15 @@ bool ExternalTextWriteback::pasteUsingClipboard(const QString& text, const Exter
     if (remembered && isStillOurs(text)) giveBack(remembered);
     MVPLog::write("Writeback clipboard fallback failed: could not post Cmd+V");
     return false;
+}
+
+void ExternalTextWriteback::waitUntilFrontmost(qint32 processIdentifier) {
+    // Coming to front takes the desktop a moment, and keys posted before that would be refused.
+    for (int i = 0; i < activationChecks; ++i) {
+        const auto frontmost = workspace_.frontmostApplication();
+        if (frontmost && frontmost->processIdentifier == processIdentifier) return;
+        runLoop_.sleepFor(activationCheckInterval);
+    }
 }
 
 bool ExternalTextWriteback::postCommandV(const QString& text, const ExternalTextReadResult& read) {
@@ -205,8 +218,7 @@ bool ExternalTextWriteback::isSelected(const AXElementRef& element, const TextRa
 
 bool ExternalTextWriteback::selectAll(const AXElementRef& element) {
     const auto value = readAttribute<QString>(accessibility_, element, AXAttribute::value).value;
-    // A field that cannot be read is pasted into at its caret although everything was to be replaced: meant
-    // so.
+    // A field that cannot be read is pasted into at its caret, although all was to be replaced: meant so.
     if (!value) return true;
     const bool selected = select(element, {0, value->size()});
     MVPLog::write("Writeback selectAll done, length:", value->size());
@@ -222,8 +234,8 @@ bool ExternalTextWriteback::writeUsingAXValue(const QString& text, const AXEleme
     if (inPlace && isSettable(element, AXAttribute::selectedText)) {
         const auto before = readAttribute<QString>(accessibility_, element, AXAttribute::value).value;
         if (replaceSelection(text, element, selectedRange)) return true;
-        // A write that was said to fail may have landed all the same; a second one would spoil what stands
-        // there.
+        // A write that was said to fail may have landed all the same, and a second one would spoil it.
+        // Applications answer in order: a field that reads as before was not touched.
         if (before && readAttribute<QString>(accessibility_, element, AXAttribute::value).value != before) {
             MVPLog::write("Writeback AXValue refused: the field has changed");
             return false;

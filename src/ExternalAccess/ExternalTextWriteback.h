@@ -90,6 +90,7 @@ private:
     bool select(const AXElementRef& element, const TextRange& range);
     bool isSelected(const AXElementRef& element, const TextRange& range);
     void setCursor(const AXElementRef& element, qint64 location);
+    void waitUntilFrontmost(qint32 processIdentifier);
     bool postCommandV(const QString& text, const ExternalTextReadResult& read);
     void scheduleRestore(std::optional<QString> remembered, const QString& offered);
     void restore(const PendingRestore& pending);

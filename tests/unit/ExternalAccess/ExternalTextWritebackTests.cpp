@@ -180,6 +180,27 @@ TEST_F(WritebackTest, theTargetsApplicationIsBroughtToFrontAgain) {
     EXPECT_EQ(desktop.workspace.activations[0].options, ActivateOptions::ignoringOtherApps);
 }
 
+TEST_F(WritebackTest, anApplicationHasAMomentToComeToFront) {
+    const auto target = readSelecting(0, 3);
+    FakeApplication& other = desktop.launch(QStringLiteral("Other"), std::nullopt);
+    desktop.focus(other.addField(QStringLiteral("foreign")));
+    desktop.workspace.activationLatency = 0.05;
+    EXPECT_EQ(apply(QStringLiteral("NEW"), target), pasted);
+    EXPECT_EQ(field.value, QStringLiteral("NEW3456789abcde fin"));
+    EXPECT_LT(desktop.runLoop.blockedSeconds(), 0.1);
+}
+
+TEST_F(WritebackTest, anApplicationThatDoesNotComeToFrontIsNotWaitedForLong) {
+    const auto target = readSelecting(0, 3);
+    FakeApplication& other = desktop.launch(QStringLiteral("Other"), std::nullopt);
+    desktop.focus(other.addField(QStringLiteral("foreign")));
+    desktop.workspace.refusesActivation = true;
+    EXPECT_EQ(apply(QStringLiteral("NEW"), target), written);
+    EXPECT_EQ(other.focusedField()->value, QStringLiteral("foreign"));
+    EXPECT_EQ(pasteboard(), QStringLiteral("user's"));
+    EXPECT_LT(desktop.runLoop.blockedSeconds(), 0.25);
+}
+
 TEST_F(WritebackTest, aProcessThatIsGoneGetsNothingAndTheClipboardComesBack) {
     const auto target = readSelecting(0, 3);
     editor.quit();
