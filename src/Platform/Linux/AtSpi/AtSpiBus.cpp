@@ -27,11 +27,14 @@ constexpr char sessionConnectionName[] = "veltrin-accessibility-session";
 constexpr char localPath[] = "/org/freedesktop/DBus/Local";
 constexpr char localInterface[] = "org.freedesktop.DBus.Local";
 
-/// Without this the D-Bus library would launch a session bus of its own.
-bool hasSessionBus() {
-    if (!qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS")) return true;
-    const QString folder = qEnvironmentVariable("XDG_RUNTIME_DIR");
-    return !folder.isEmpty() && QFileInfo::exists(folder + QStringLiteral("/bus"));
+/// The session bus by its address, as it stands in the environment or at its usual place. Never by its type:
+/// the D-Bus library remembers the first address it saw, and without any it would launch a session bus of its
+/// own.
+QString sessionBusAddress() {
+    const QString named = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
+    if (!named.isEmpty()) return named;
+    const QString socket = qEnvironmentVariable("XDG_RUNTIME_DIR") + QStringLiteral("/bus");
+    return QFileInfo::exists(socket) ? QStringLiteral("unix:path=") + socket : QString();
 }
 
 QDBusMessage call(const QString& service, const QString& path, const char* interface, const char* method) {
@@ -78,11 +81,11 @@ void AtSpiBus::connectNow() {
 
 /// Turns accessibility on for all applications and gives the address of the accessibility bus.
 QString AtSpiBus::addressFromSession() {
-    if (!hasSessionBus()) return {};
+    const QString sessionAddress = sessionBusAddress();
+    if (sessionAddress.isEmpty()) return {};
     QString address;
     {
-        auto session =
-            QDBusConnection::connectToBus(QDBusConnection::SessionBus, QLatin1String(sessionConnectionName));
+        auto session = QDBusConnection::connectToBus(sessionAddress, QLatin1String(sessionConnectionName));
         if (session.isConnected()) {
             const QString service = QStringLiteral("org.a11y.Bus");
             const QString path = QStringLiteral("/org/a11y/bus");

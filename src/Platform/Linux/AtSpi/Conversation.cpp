@@ -9,6 +9,8 @@
 namespace veltrin::AtSpi {
 namespace {
 
+constexpr Milliseconds untoldPatience{250};  // of calls whose reply is not awaited; nobody waits that long
+
 AXError translated(const QDBusError& error, bool isOfEveryObject) {
     switch (error.type()) {
         case QDBusError::NoReply:
@@ -112,7 +114,7 @@ Reply Conversation::ask(const ObjectAddress& to, const char* interface, const ch
 
 void Conversation::tell(const ObjectAddress& to, const char* interface, const char* method,
                         const QVariantList& arguments) {
-    call(to, interface, method, arguments);
+    if (bus_.isReady() && !to.isNull()) bus_.send(to, interface, method, arguments, untoldPatience);
 }
 
 bool Conversation::pause(Milliseconds limit) {

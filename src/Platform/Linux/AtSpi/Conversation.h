@@ -36,12 +36,12 @@ public:
     /// `call` and `reply` in one.
     Reply ask(const ObjectAddress& to, const char* interface, const char* method,
               const QVariantList& arguments = {});
-    /// Sends a call whose reply nobody will wait for.
+    /// Sends a call whose reply nobody will wait for, even after giving up.
     void tell(const ObjectAddress& to, const char* interface, const char* method,
               const QVariantList& arguments = {});
 
     bool hasGivenUp() const { return hasGivenUp_ || deadline_.hasExpired(); }
-    /// Time left, at most `limit`; for waits between calls.
+    /// Sleeps between calls, at most until the deadline; false when there is no time left.
     bool pause(Milliseconds limit);
 
 private:

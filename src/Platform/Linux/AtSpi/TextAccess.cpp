@@ -136,14 +136,17 @@ AXResult<QRectF> TextAccess::bounds(const TextRange& range) {
     return *rectangle;
 }
 
-void TextAccess::replace(const OffsetRange& range, const QString& text, Toolkit toolkit) {
+bool TextAccess::replace(const OffsetRange& range, const QString& text, Toolkit toolkit) {
     if (range.end > range.start) {
-        conversation_.tell(object_, Name::editableText, "DeleteText", offsetArguments(range));
+        const Reply deleted =
+            conversation_.ask(object_, Name::editableText, "DeleteText", offsetArguments(range));
+        if (deleted.ok() ? !deleted.flag() : deleted.error != AXError::cannotComplete) return false;
     }
     if (!text.isEmpty()) {
         conversation_.tell(object_, Name::editableText, "InsertText",
                            {static_cast<int>(range.start), text, insertionLength(text, toolkit)});
     }
+    return true;
 }
 
 /// Reads until `condition` holds. An application handles calls in their order, so the first reading already
@@ -180,7 +183,7 @@ AXError TextAccess::setValue(const QString& text) {
         const auto after = read(toolkit);
         if (!after.ok() || after.value.text() != before.value.text()) return AXError::cannotComplete;
     }
-    replace({0, before.value.offsets.length()}, text, toolkit);
+    if (!replace({0, before.value.offsets.length()}, text, toolkit)) return AXError::cannotComplete;
     return await(toolkit, isWritten);
 }
 
@@ -194,7 +197,8 @@ AXError TextAccess::setSelectedText(const QString& text) {
     const TextRange range = before.value.selectedRange();
     QString expected = before.value.text();
     expected.replace(range.location, range.length, text);
-    replace(before.value.offsets.toToolkit(range), text, facts.value.toolkit);
+    const OffsetRange replaced = before.value.offsets.toToolkit(range);
+    if (!replace(replaced, text, facts.value.toolkit)) return AXError::cannotComplete;
     return await(facts.value.toolkit,
                  [&expected](const TextState& state) { return state.text() == expected; });
 }
@@ -224,13 +228,15 @@ AXError TextAccess::setSelectedRange(const TextRange& range) {
     const auto add = [&] {
         conversation_.tell(object_, Name::text, "AddSelection", offsetArguments(target));
     };
-    if (toolkit == Toolkit::gecko) {
-        conversation_.tell(object_, Name::text, "SetCaretOffset", {static_cast<int>(target.start)});
-    }
     // GTK 4 says yes to SetSelection and drops the selection; AddSelection works there, though it never
-    // replies.
-    const bool startsWithAdd =
-        toolkit == Toolkit::gecko || toolkit == Toolkit::gtk4 || !before.value.selection;
+    // replies, and only when nothing is selected. Setting the caret drops a selection. Gecko wants the caret
+    // moved first, too.
+    const bool startsWithCaret = toolkit == Toolkit::gecko || toolkit == Toolkit::gtk4;
+    const bool startsWithAdd = startsWithCaret || !before.value.selection;
+    if (startsWithCaret) {
+        // Awaited: GTK 4 now and then loses the selection when both calls arrive at once.
+        conversation_.ask(object_, Name::text, "SetCaretOffset", {static_cast<int>(target.start)});
+    }
     startsWithAdd ? add() : setFirst();
     const AXError error = await(toolkit, isSet);
     if (error == AXError::success || conversation_.hasGivenUp()) return error;

@@ -40,8 +40,9 @@ private:
     AXResult<TextState> read(Toolkit toolkit);
     AXResult<QString> terminalText();
 
-    /// Deletes and inserts in one go, so that no time-out can come between the two.
-    void replace(const OffsetRange& range, const QString& text, Toolkit toolkit);
+    /// Deletes, then inserts. A deletion that was not answered in time may still happen, so the insertion is
+    /// sent all the same; only after one that was refused it is not, and the result is false.
+    bool replace(const OffsetRange& range, const QString& text, Toolkit toolkit);
     template <typename Condition>
     AXError await(Toolkit toolkit, Condition condition);
 
