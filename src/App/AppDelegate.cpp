@@ -26,7 +26,8 @@ AppDelegate::AppDelegate(const Desktop& desktop, const Shared& shared)
     : desktop_(desktop),
       shared_(shared),
       appPolicy_(desktop.workspace, shared.settings),
-      engine_(desktop.runLoop, desktop.keyEventTaps, desktop.preferences, desktop.pasteboard),
+      engine_(desktop.runLoop, desktop.keyEventTaps, desktop.preferences, desktop.pasteboard,
+              &PermissionDiagnostics::printEventTapFailureHint),
       debugPanel_(desktop.runLoop, desktop.screens, desktop.floatingPanels, desktop.pasteboard,
                   desktop.preferences),
       permissions_(desktop.workspace, desktop.accessibility, desktop.keyEventTaps),
@@ -84,6 +85,10 @@ void AppDelegate::fillEngine() {
     };
     engine_.tripleSpaceMaximumTotalInterval = [&settings] {
         return seconds(settings.tripleSpaceTotalIntervalMS, 300, 800);
+    };
+    // A shortcut whose action does not exist is left to the application in front.
+    engine_.isActionAvailable = [](CustomShortcutAction action) {
+        return action == CustomShortcutAction::translation;
     };
     engine_.onDouble = lifetime_.bind([this] { onDouble(); });
     engine_.onTriple = lifetime_.bind([this] { onTriple(); });

@@ -52,8 +52,8 @@ ExternalActionPipeline::Dependencies ExternalActionHandler::dependencies() {
         lifetime_.bind([this](const ExternalGestureAIAction& action, const ExternalTextReadResult& read) {
             return parts_.validator.shouldForceReplaceAll(action, read);
         });
-    to.runExpression = [&runner = parts_.expressions](ExpressionRequest request) {
-        return runner.run(std::move(request));
+    to.runExpression = [runner = parts_.expressions](ExpressionRequest request) {
+        return runner.runExpression(std::move(request));
     };
     to.focusedWindowTitle =
         lifetime_.bind([this](std::optional<qint32> processIdentifier) -> std::optional<QString> {

@@ -2,7 +2,7 @@
 find_package(Qt6 6.4 REQUIRED COMPONENTS Gui DBus Network)
 find_package(QCoro6 REQUIRED COMPONENTS Network)
 find_package(PkgConfig REQUIRED)
-pkg_check_modules(VELTRIN_XCB REQUIRED IMPORTED_TARGET
+pkg_check_modules(VELTRIN_XCB REQUIRED IMPORTED_TARGET GLOBAL
     xcb xcb-xinput xcb-xfixes xcb-xtest xcb-randr xcb-shape xcb-ewmh xcb-icccm xcb-xkb xcb-record xcb-res
     xkbcommon xkbcommon-x11)
 

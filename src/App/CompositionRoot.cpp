@@ -1,0 +1,119 @@
+#include "App/CompositionRoot.h"
+
+#include "AI/OllamaClient.h"
+#include "App/AppDelegate.h"
+#include "Data/AppSettings.h"
+#include "Expression/ExpressionMemoryStore.h"
+#include "Foundation/MVPLog.h"
+#include "Platform/Linux/AtSpi/AtSpiAccessibility.h"
+#include "Platform/Linux/DesktopEntries.h"
+#include "Platform/Linux/FilePreferences.h"
+#include "Platform/Linux/LinuxProcessControl.h"
+#include "Platform/Linux/LinuxSystemEnvironment.h"
+#include "Platform/Linux/QtHttpClient.h"
+#include "Platform/Linux/QtRunLoop.h"
+#include "Platform/Linux/SingleInstance.h"
+#include "Platform/Linux/X11/X11KeyEventTaps.h"
+#include "Platform/Linux/X11/X11KeyPoster.h"
+#include "Platform/Linux/X11/X11Pasteboard.h"
+#include "Platform/Linux/X11/X11Screens.h"
+#include "Platform/Linux/X11/X11Windows.h"
+#include "Platform/Linux/X11/X11Workspace.h"
+#include "Platform/Linux/X11TopLevelWindows.h"
+#include "UI/Overlays/QuickFloatingPanels.h"
+
+#include <QGuiApplication>
+#include <QStandardPaths>
+
+namespace veltrin {
+namespace {
+
+QString preferencesPath() {
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+           QStringLiteral("/Veltrin/preferences.json");
+}
+
+/// The accessibility adapter's answer in the key poster's words.
+class Inspector final : public PostTargetInspector {
+public:
+    explicit Inspector(AtSpiAccessibility& accessibility) : accessibility_(accessibility) {}
+
+    State inspect(const AXElementRef& element) override {
+        const ElementState state = accessibility_.inspect(element);
+        return {state.isAnswered, state.isEditable, state.isPassword};
+    }
+
+private:
+    AtSpiAccessibility& accessibility_;
+};
+
+}  // namespace
+
+/// In the order of need: each object may use those above it, and they end in the opposite order.
+struct CompositionRoot::Objects {
+    Objects(QGuiApplication& application, SingleInstance& singleInstance)
+        : instance(singleInstance), connection(X11Connection::open()), windows(*connection) {
+        instance.activated = [this] { delegate.applicationShouldHandleReopen(false); };
+        QObject::connect(&application, &QCoreApplication::aboutToQuit, &runLoop,
+                         [this] { delegate.applicationWillTerminate(); });
+    }
+
+    void terminate() {
+        if (delegate.applicationShouldTerminate()) QCoreApplication::quit();
+    }
+
+    SingleInstance& instance;
+    QtRunLoop runLoop;
+    std::unique_ptr<X11Connection> connection;
+    X11Windows windows;
+    DesktopEntries desktopEntries;
+    X11Workspace workspace{windows, desktopEntries};
+    X11Screens screens{*connection};
+    X11Pasteboard pasteboard;
+    X11KeyEventTaps keyEventTaps{runLoop};
+    X11TopLevelWindows topLevelWindows;
+    AtSpiAccessibility accessibility{&topLevelWindows};
+    Inspector inspector{accessibility};
+    X11KeyPoster keyPoster{*connection, windows, keyEventTaps, &inspector};
+    FilePreferences preferences{preferencesPath()};
+    QtHttpClient httpClient;
+    LinuxSystemEnvironment environment;
+    LinuxProcessControl processControl{[this] { terminate(); }, [this] { instance.release(); }};
+    NotificationCenter notifications;
+    AppSettings settings{preferences, notifications, environment};
+    QuickFloatingPanels floatingPanels{screens, [this] { return usesDarkPopups(); }};
+    OllamaClient client{httpClient, settings};
+    ExpressionMemoryStore expressionMemory{preferences};
+    AppDelegate delegate{
+        Desktop{runLoop, keyEventTaps, keyPoster, accessibility, pasteboard, workspace, screens, preferences,
+                httpClient, floatingPanels, processControl, environment},
+        AppDelegate::Shared{settings, notifications, client, expressionMemory}};
+
+    bool usesDarkPopups() const {
+        switch (settings.popupAppearance()) {
+            case PopupAppearance::light:
+                return false;
+            case PopupAppearance::invertedBlack:
+                return true;
+            case PopupAppearance::automatic:
+                break;
+        }
+        return environment.effectiveAppearanceIsDark();
+    }
+};
+
+CompositionRoot::CompositionRoot(QGuiApplication& application, SingleInstance& instance)
+    : objects_(std::make_unique<Objects>(application, instance)) {
+}
+
+CompositionRoot::~CompositionRoot() = default;
+
+void CompositionRoot::launch() {
+    objects_->delegate.applicationDidFinishLaunching();
+}
+
+void CompositionRoot::terminate() {
+    objects_->terminate();
+}
+
+}  // namespace veltrin
