@@ -1,0 +1,234 @@
+#include "Debug/MVPDebugPanel.h"
+
+#include "ExternalAccess/ExternalActionFeedback.h"
+#include "Foundation/Characters.h"
+#include "Foundation/MVPLog.h"
+#include "Foundation/Text.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace veltrin {
+namespace {
+
+constexpr QSizeF textPanelSize{300, 84};
+constexpr QSizeF statusPillSize{72, 40};
+constexpr double appearScale = 0.965;
+constexpr double appearDuration = 0.17;
+constexpr double failureCardDuration = 2.2;
+constexpr double anchorGap = 10;
+constexpr double mouseGap = 24;
+constexpr double screenMargin = 12;
+/// Characters of a panel's text that the log repeats.
+constexpr qsizetype logPreview = 80;
+
+QString describe(QPointF point) {
+    return QStringLiteral("(%1, %2)").arg(point.x()).arg(point.y());
+}
+
+/// On a screen too small for the panel the lower left margin wins.
+double clamped(double value, double low, double high) {
+    return std::max(low, std::min(value, high));
+}
+
+}  // namespace
+
+MVPDebugPanel::MVPDebugPanel(RunLoop& runLoop, FloatingPanels& panels, const Screens& screens,
+                             Pasteboard& pasteboard, const Preferences& preferences)
+    : runLoop_(runLoop),
+      panels_(panels),
+      screens_(screens),
+      pasteboard_(pasteboard),
+      preferences_(preferences) {
+}
+
+void MVPDebugPanel::onMainThread(std::function<void()> operation) {
+    if (runLoop_.isMainThread())
+        operation();
+    else
+        runLoop_.post(lifetime_.bind(std::move(operation)));
+}
+
+// MARK: Showing
+
+void MVPDebugPanel::showPanel(const QString& text, std::optional<QRectF> anchorRect,
+                              std::optional<double> autoDismiss) {
+    onMainThread([this, text, anchorRect, autoDismiss] {
+        logRequest("UI showPanel requested:", text, anchorRect);
+        showText(text, autoDismiss);
+    });
+}
+
+void MVPDebugPanel::showFailureCard(const QString& title, const QString& detail, const QString& suggestion,
+                                    std::optional<QRectF> anchorRect,
+                                    const std::optional<QString>& copyableText,
+                                    const std::optional<QString>& primaryActionTitle) {
+    const ExternalActionFeedback feedback{title, detail, suggestion, copyableText, primaryActionTitle};
+    onMainThread([this, message = feedback.compactMessage(), anchorRect] {
+        logRequest("UI showFailureCard requested:", message, anchorRect);
+        showText(message, failureCardDuration);
+    });
+}
+
+void MVPDebugPanel::showCopiedResult(const QString& text, const QString& label,
+                                     std::optional<double> autoDismiss) {
+    onMainThread([this, text, label, autoDismiss] {
+        if (text.isEmpty()) {
+            MVPLog::write("UI showCopiedResult requested: empty generated text");
+            showText(QStringLiteral("没有生成结果\n请重试或切换模型"), autoDismiss);
+            return;
+        }
+        logRequest("UI showCopiedResult requested:", text, std::nullopt);
+        pasteboard_.clearContents();
+        if (!pasteboard_.setString(text, PasteboardContent::lasting)) {
+            showText(QStringLiteral("复制失败\n请手动复制结果"), autoDismiss);
+            return;
+        }
+        showText(ExternalActionFeedback::copiedResultMessage(text, label), autoDismiss);
+        MVPLog::write("UI copied result panel shown:", "length:", Characters::count(text));
+    });
+}
+
+void MVPDebugPanel::showStatusPill(const QString& text, std::optional<QRectF> anchorRect,
+                                   std::optional<double> autoDismiss) {
+    onMainThread([this, text, anchorRect, autoDismiss] {
+        logRequest("UI showStatusPill requested:", text, anchorRect);
+        if (!replace(overlay_, {PanelKind::statusPill, statusPillSize, false, text})) return;
+        positionStatusPill(overlay_, anchorRect);
+        animateIn(overlay_, autoDismiss);
+    });
+}
+
+void MVPDebugPanel::showText(const QString& text, std::optional<double> autoDismiss) {
+    if (!replace(panel_, {PanelKind::text, textPanelSize, false, text})) return;
+    // In the middle of the main screen whatever the anchor: meant so.
+    positionCentered(panel_);
+    animateIn(panel_, autoDismiss);
+}
+
+bool MVPDebugPanel::replace(Slot& slot, const PanelSpec& spec) {
+    slot.dismissTask.invalidate();
+    slot.panel.reset();
+    slot.panel = panels_.create(spec);
+    slot.size = spec.size;
+    return slot.panel != nullptr;
+}
+
+void MVPDebugPanel::animateIn(Slot& slot, std::optional<double> autoDismiss) {
+    slot.panel->animateIn(appearScale, appearDuration);
+    if (autoDismiss && *autoDismiss > 0)
+        slot.dismissTask = scheduleDismiss(*autoDismiss, [this, &slot] { dismiss(slot); });
+}
+
+Timer MVPDebugPanel::scheduleDismiss(double delay, std::function<void()> action) {
+    return runLoop_.after(delay, std::move(action));
+}
+
+// MARK: Dismissing
+
+void MVPDebugPanel::dismissPanel() {
+    onMainThread([this] { dismiss(panel_); });
+}
+
+void MVPDebugPanel::dismissOverlay() {
+    onMainThread([this] { dismiss(overlay_); });
+}
+
+void MVPDebugPanel::dismiss(Slot& slot) {
+    slot.dismissTask.invalidate();
+    if (!slot.panel) return;
+    FloatingPanel* panel = slot.panel.get();
+    leaving_.push_back(std::move(slot.panel));
+    panel->animateOut(lifetime_.bind([this, panel] {
+        std::erase_if(leaving_, [panel](const auto& leaving) { return leaving.get() == panel; });
+    }));
+}
+
+// MARK: Placing
+
+void MVPDebugPanel::repositionPanel(std::optional<QRectF> anchorRect) {
+    onMainThread([this, anchorRect] {
+        if (overlay_.panel) position(overlay_, anchorRect);
+    });
+}
+
+void MVPDebugPanel::positionCentered(Slot& slot) {
+    const auto screen = screens_.mainScreen();
+    if (!screen) return slot.panel->center();
+    const QRectF& visible = screen->visibleFrame;
+    slot.panel->setFrameOrigin({ScreenRect::midX(visible) - slot.size.width() * 0.5,
+                                ScreenRect::midY(visible) - slot.size.height() * 0.5});
+}
+
+void MVPDebugPanel::position(Slot& slot, const std::optional<QRectF>& anchorRect) {
+    if (isVerbose(preferences_))
+        MVPLog::write("UI positioning source:", anchorRect ? "anchor rect" : "mouse fallback");
+    if (anchorRect)
+        positionAnchored(slot, *anchorRect);
+    else
+        positionNearMouse(slot);
+}
+
+void MVPDebugPanel::positionAnchored(Slot& slot, const QRectF& rect) {
+    const auto screen = screenFor(rect);
+    if (!screen) return slot.panel->center();
+    const QPointF preferred(ScreenRect::midX(rect) - slot.size.width() * 0.5,
+                            ScreenRect::minY(rect) - slot.size.height() - anchorGap);
+    place(slot, preferred, *screen, "UI anchor positioning:");
+}
+
+void MVPDebugPanel::positionNearMouse(Slot& slot) {
+    const auto screen = screens_.mainScreen();
+    if (!screen) return slot.panel->center();
+    const QPointF mouse = screens_.mouseLocation();
+    place(slot, {mouse.x() - slot.size.width() * 0.5, mouse.y() + mouseGap}, *screen,
+          "UI mouse fallback positioning:");
+}
+
+void MVPDebugPanel::positionStatusPill(Slot& slot, const std::optional<QRectF>& anchorRect) {
+    if (!anchorRect) return positionNearMouse(slot);
+    const auto screen = screenFor(*anchorRect);
+    if (!screen) return slot.panel->center();
+    // In the middle of the anchor, not below it: the pill stands for the text itself.
+    const QPointF preferred(ScreenRect::midX(*anchorRect) - slot.size.width() * 0.5,
+                            ScreenRect::midY(*anchorRect) - slot.size.height() * 0.5);
+    place(slot, preferred, *screen, "UI status pill positioning:");
+}
+
+void MVPDebugPanel::place(Slot& slot, QPointF preferred, const Screen& screen, const char* words) {
+    const QRectF& visible = screen.visibleFrame;
+    const QPointF origin(clamped(preferred.x(), ScreenRect::minX(visible) + screenMargin,
+                                 ScreenRect::maxX(visible) - slot.size.width() - screenMargin),
+                         clamped(preferred.y(), ScreenRect::minY(visible) + screenMargin,
+                                 ScreenRect::maxY(visible) - slot.size.height() - screenMargin));
+    if (isVerbose(preferences_))
+        MVPLog::write(words, "preferred:", describe(preferred), "result:", describe(origin),
+                      "visible frame:", visible);
+    slot.panel->setFrameOrigin(origin);
+}
+
+std::optional<Screen> MVPDebugPanel::screenFor(const QRectF& rect) const {
+    const auto containing = screenContaining(rect);
+    return containing ? containing : screens_.mainScreen();
+}
+
+std::optional<Screen> MVPDebugPanel::screenContaining(const QRectF& rect) const {
+    const auto screens = screens_.screens();
+    const QPointF middle(ScreenRect::midX(rect), ScreenRect::midY(rect));
+    const auto find = [&](const auto& holds) -> std::optional<Screen> {
+        const auto found = std::find_if(screens.begin(), screens.end(), holds);
+        return found == screens.end() ? std::nullopt : std::optional<Screen>(*found);
+    };
+    // Half of a field may hang over the edge; where its middle is, the user looks.
+    const auto holder = find([&](const Screen& screen) { return screen.frame.contains(middle); });
+    return holder ? holder : find([&](const Screen& screen) { return screen.frame.intersects(rect); });
+}
+
+void MVPDebugPanel::logRequest(const char* words, const QString& text,
+                               const std::optional<QRectF>& anchorRect) const {
+    const auto screen = screens_.mainScreen();
+    MVPLog::write(words, Text::preview(text, logPreview), "anchor:", anchorRect,
+                  "visible frame:", screen ? std::optional<QRectF>(screen->visibleFrame) : std::nullopt);
+}
+
+}  // namespace veltrin
