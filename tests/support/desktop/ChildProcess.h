@@ -21,11 +21,11 @@ class ChildProcess {
 public:
     struct Start {
         QStringList command;  ///< the program (searched in PATH) and its arguments
-        Environment environment;
-        QString outputFile;  ///< standard output and error are appended here
-        int input = -1;      ///< descriptor that becomes standard input; -1 is /dev/null
-        int output = -1;     ///< descriptor that becomes standard output instead of the file
-        int extra = -1;      ///< descriptor handed on as descriptor 3
+        Environment environment = {};
+        QString outputFile = {};  ///< standard output and error are appended here
+        int input = -1;           ///< descriptor that becomes standard input; -1 is /dev/null
+        int output = -1;          ///< descriptor that becomes standard output instead of the file
+        int extra = -1;           ///< descriptor handed on as descriptor 3
     };
 
     ChildProcess() = default;
