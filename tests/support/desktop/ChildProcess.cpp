@@ -9,7 +9,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstring>
+#include <mutex>
 #include <stdexcept>
 #include <utility>
 #include <vector>
@@ -25,6 +27,25 @@ std::vector<char*> pointersTo(std::vector<QByteArray>& strings) {
     pointers.push_back(nullptr);
     return pointers;
 }
+
+/// What waits to be reaped by its object and by nobody else.
+struct Running {
+    std::mutex mutex;
+    std::set<pid_t> pids;
+
+    static Running& shared() {
+        static Running running;
+        return running;
+    }
+    void insert(pid_t pid) {
+        const std::lock_guard lock(mutex);
+        pids.insert(pid);
+    }
+    void erase(pid_t pid) {
+        const std::lock_guard lock(mutex);
+        pids.erase(pid);
+    }
+};
 
 /// File actions and attributes of one start, released again.
 class SpawnSettings {
@@ -98,6 +119,12 @@ ChildProcess::ChildProcess(const Start& start) {
                                  std::strerror(error));
     }
     ended_ = false;
+    Running::shared().insert(pid_);
+}
+
+std::set<pid_t> ChildProcess::all() {
+    const std::lock_guard lock(Running::shared().mutex);
+    return Running::shared().pids;
 }
 
 ChildProcess::ChildProcess(ChildProcess&& other) noexcept
@@ -118,7 +145,10 @@ std::optional<int> ChildProcess::exitStatus() {
     if (!ended_) {
         const pid_t result = waitpid(pid_, &status_, WNOHANG);
         // Somebody else who reaps all children leaves no status; the process is gone all the same.
-        if (result == pid_ || (result < 0 && errno == ECHILD)) ended_ = true;
+        if (result == pid_ || (result < 0 && errno == ECHILD)) {
+            ended_ = true;
+            Running::shared().erase(pid_);
+        }
     }
     if (!ended_) return std::nullopt;
     return WIFSIGNALED(status_) ? -WTERMSIG(status_) : WEXITSTATUS(status_);

@@ -8,6 +8,7 @@
 #include <sys/types.h>
 
 #include <optional>
+#include <set>
 
 namespace veltrin {
 
@@ -20,11 +21,11 @@ class ChildProcess {
 public:
     struct Start {
         QStringList command;  ///< the program (searched in PATH) and its arguments
-        Environment environment;
-        QString outputFile;  ///< standard output and error are appended here
-        int input = -1;      ///< descriptor that becomes standard input; -1 is /dev/null
-        int output = -1;     ///< descriptor that becomes standard output instead of the file
-        int extra = -1;      ///< descriptor handed on as descriptor 3
+        Environment environment = {};
+        QString outputFile = {};  ///< standard output and error are appended here
+        int input = -1;           ///< descriptor that becomes standard input; -1 is /dev/null
+        int output = -1;          ///< descriptor that becomes standard output instead of the file
+        int extra = -1;           ///< descriptor handed on as descriptor 3
     };
 
     ChildProcess() = default;
@@ -34,6 +35,9 @@ public:
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
     ~ChildProcess() { kill(); }
+
+    /// The processes that stand behind all objects of this class and have not been seen to end. Any thread.
+    static std::set<pid_t> all();
 
     pid_t pid() const { return pid_; }
     bool isRunning();

@@ -1,11 +1,13 @@
 #include "support/desktop/ProcessSweep.h"
 
 #include <dirent.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 
 namespace veltrin {
 namespace {
@@ -15,22 +17,40 @@ std::string contentOf(const std::string& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
+/// Calls `each` with the numbers that name entries of a folder of /proc.
+template <typename Function>
+void forEachNumber(const char* folder, Function each) {
+    DIR* entries = opendir(folder);
+    if (!entries) return;
+    while (const dirent* entry = readdir(entries)) {
+        const auto number = static_cast<pid_t>(std::atol(entry->d_name));
+        if (number > 0) each(number);
+    }
+    closedir(entries);
+}
+
 }  // namespace
 
 std::vector<pid_t> processesMarked(const std::string& folder) {
     std::vector<pid_t> found;
     const std::string wanted = std::string(1, '\0') + desktopMarker + '=' + folder + '\0';
-    DIR* processes = opendir("/proc");
-    if (!processes) return found;
-    while (const dirent* entry = readdir(processes)) {
-        const auto pid = static_cast<pid_t>(std::atol(entry->d_name));
-        if (pid <= 1 || pid == getpid()) continue;
+    forEachNumber("/proc", [&](pid_t pid) {
+        if (pid == 1 || pid == getpid()) return;
         const std::string environment =
             std::string(1, '\0') + contentOf("/proc/" + std::to_string(pid) + "/environ");
         if (environment.find(wanted) != std::string::npos) found.push_back(pid);
-    }
-    closedir(processes);
+    });
     return found;
+}
+
+void reapOrphans(const std::set<pid_t>& started) {
+    forEachNumber("/proc/self/task", [&](pid_t thread) {
+        std::istringstream children(contentOf("/proc/self/task/" + std::to_string(thread) + "/children"));
+        for (pid_t child = 0; children >> child;) {
+            const bool inherited = getsid(child) != getsid(0) && !started.contains(child);
+            if (inherited) waitpid(child, nullptr, WNOHANG);
+        }
+    });
 }
 
 void removeDisplayLeftovers(const std::string& display, pid_t server) {

@@ -13,7 +13,6 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
-#include <xcb/randr.h>
 
 #include <algorithm>
 #include <csignal>
@@ -103,30 +102,16 @@ QString accessibilityLauncher() {
     throw std::runtime_error("at-spi-bus-launcher is not installed");
 }
 
-/// Kills the processes of a desktop but the spared ones, with what they start meanwhile. Gives whom it
-/// killed; those that were orphans are our children now and leave zombies until somebody waits for them.
-std::set<pid_t> endMarked(const std::string& folder, const std::vector<pid_t>& spared) {
-    std::set<pid_t> killed;
+/// Kills the processes of a desktop but the spared ones, with what they start meanwhile, and leaves no
+/// zombie.
+void endMarked(const std::string& folder, const std::vector<pid_t>& spared) {
     waitUntil(5, [&] {
         auto left = processesMarked(folder);
         std::erase_if(left, [&](pid_t pid) { return std::ranges::find(spared, pid) != spared.end(); });
         for (const pid_t pid : left)
             kill(pid, SIGKILL);
-        killed.insert(left.begin(), left.end());
-        for (const pid_t pid : killed)
-            waitpid(pid, nullptr, WNOHANG);
+        reapOrphans(ChildProcess::all());
         return left.empty();
-    });
-    return killed;
-}
-
-/// Takes the last status of killed processes, the orphans' included, so that no zombie stays.
-void waitForAll(const std::set<pid_t>& killed) {
-    waitUntil(1, [&killed] {
-        return std::ranges::all_of(killed, [](pid_t pid) {
-            waitpid(pid, nullptr, WNOHANG);
-            return kill(pid, 0) != 0;
-        });
     });
 }
 
@@ -261,34 +246,21 @@ void RealDesktop::startKeeper() {
 }
 
 void RealDesktop::setMonitors(const DesktopOptions& options) {
-    if (options.monitors.isEmpty()) return;
-    xcb_connection_t* connection = x_->connection();
-    const XReply<xcb_randr_get_screen_resources_current_reply_t> resources(
-        xcb_randr_get_screen_resources_current_reply(
-            connection, xcb_randr_get_screen_resources_current(connection, x_->root()), nullptr));
-    if (!resources) throw std::runtime_error("no RandR");
-    const xcb_randr_output_t output = *xcb_randr_get_screen_resources_current_outputs(resources.get());
     for (qsizetype index = 0; index < options.monitors.size(); ++index) {
         const QRect& place = options.monitors.at(index);
         const bool first = index == 0;
-        // A monitor takes the one output of the server, which would else report itself; the others have none.
-        struct {
-            xcb_randr_monitor_info_t info;
-            xcb_randr_output_t output;
-        } monitor{};
-        monitor.info.name = x_->atom(("SCREEN-" + QByteArray::number(index)).constData());
-        monitor.info.primary = first ? 1 : 0;
-        monitor.info.nOutput = first ? 1 : 0;
-        monitor.info.x = static_cast<int16_t>(place.x());
-        monitor.info.y = static_cast<int16_t>(place.y());
-        monitor.info.width = static_cast<uint16_t>(place.width());
-        monitor.info.height = static_cast<uint16_t>(place.height());
-        monitor.info.width_in_millimeters = static_cast<uint32_t>(place.width() * 254 / 960);
-        monitor.info.height_in_millimeters = static_cast<uint32_t>(place.height() * 254 / 960);
-        monitor.output = output;
-        xcb_randr_set_monitor(connection, x_->root(), &monitor.info);
+        const auto millimetres = [](int pixels) { return pixels * 254 / 960; };
+        // The first monitor takes the one output of the server, which would else report itself; a star is
+        // "primary".
+        runTool({u"xrandr"_s, u"--setmonitor"_s, (first ? u"*SCREEN-%1"_s : u"SCREEN-%1"_s).arg(index),
+                 u"%1/%2x%3/%4+%5+%6"_s.arg(place.width())
+                     .arg(millimetres(place.width()))
+                     .arg(place.height())
+                     .arg(millimetres(place.height()))
+                     .arg(place.x())
+                     .arg(place.y()),
+                 first ? u"screen"_s : u"none"_s});
     }
-    x_->sync();
 }
 
 void RealDesktop::startWindowManager() {
@@ -363,9 +335,14 @@ void RealDesktop::killServer() {
 }
 
 void RealDesktop::setKeyboardLayout(const QString& layout) {
-    ChildProcess setter({{u"setxkbmap"_s, u"-layout"_s, layout}, environment_, file(u"setxkbmap.log"_s)});
-    if (!setter.waitForExit(5) || setter.exitStatus() != 0) {
-        throw std::runtime_error("setxkbmap: " + outputOf(u"setxkbmap.log"_s).toStdString());
+    runTool({u"setxkbmap"_s, u"-layout"_s, layout});
+}
+
+void RealDesktop::runTool(const QStringList& command) {
+    const QString log = command.first() + u".log"_s;
+    ChildProcess tool({.command = command, .environment = environment_, .outputFile = file(log)});
+    if (!tool.waitForExit(startPatience) || tool.exitStatus() != 0) {
+        throw std::runtime_error(command.first().toStdString() + ": " + outputOf(log).toStdString());
     }
 }
 
@@ -376,7 +353,7 @@ std::vector<pid_t> RealDesktop::programs() const {
 }
 
 void RealDesktop::endPrograms() {
-    waitForAll(endMarked(folder_.toStdString(), servers_));
+    endMarked(folder_.toStdString(), servers_);
 }
 
 void RealDesktop::end() {
@@ -388,10 +365,9 @@ void RealDesktop::end() {
     const pid_t server = server_.pid();
     for (ChildProcess* child : {&windowManager_, &accessibility_, &bus_})
         child->kill();
-    const auto killed = endMarked(folder, {server});
+    endMarked(folder, {server});
     server_.terminate();
-    for (const pid_t pid : killed)
-        waitpid(pid, nullptr, WNOHANG);
+    reapOrphans(ChildProcess::all());
     removeDisplayLeftovers(display_.toStdString(), server);
     QDir(folder_).removeRecursively();
     if (keeperPipe_.write >= 0 && keeper_.isRunning()) {

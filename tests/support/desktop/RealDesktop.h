@@ -17,8 +17,8 @@ struct DesktopOptions {
     QSize screen{1280, 800};
     /// The screens that RandR and Xinerama report, the first one primary; empty means one that covers
     /// everything. `screen` grows to hold them all.
-    QList<QRect> monitors;
-    QStringList serverArguments;  ///< appended to the X server's
+    QList<QRect> monitors = {};
+    QStringList serverArguments = {};  ///< appended to the X server's
     bool windowManager = true;
     bool accessibility = true;  ///< the accessibility bus, and applications told to use it
     QString locale = QStringLiteral("C.UTF-8");
@@ -101,6 +101,7 @@ private:
     void startServers(const DesktopOptions& options);
     void startKeeper();
     void setMonitors(const DesktopOptions& options);
+    void runTool(const QStringList& command);
     void startAccessibility();
     void waitForAccessibility();
     void end();

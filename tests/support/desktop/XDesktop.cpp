@@ -188,10 +188,17 @@ int XDesktop::keysDown() {
     return down;
 }
 
-quint16 XDesktop::modifiers() {
+quint16 XDesktop::pointerMask() {
     const auto reply =
         owned(xcb_query_pointer_reply(connection_, xcb_query_pointer(connection_, root()), nullptr));
-    return reply ? reply->mask & 0xFF : 0;  // the higher bits are mouse buttons
+    return reply ? reply->mask : 0;
+}
+
+quint16 XDesktop::modifiers() {
+    return pointerMask() & 0xFF;
+}
+quint16 XDesktop::buttonsDown() {
+    return pointerMask() & 0x1F00;
 }
 
 QImage XDesktop::image(const QRect& area) {

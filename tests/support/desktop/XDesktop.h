@@ -73,6 +73,8 @@ public:
     int keysDown();
     /// Modifiers and locks that are in effect (XCB_MOD_MASK_…).
     quint16 modifiers();
+    /// Mouse buttons 1 to 5 that are down, as the bits XCB_BUTTON_MASK_….
+    quint16 buttonsDown();
 
     QImage image(const QRect& area);
     QImage image() { return image(QRect(0, 0, screen_->width_in_pixels, screen_->height_in_pixels)); }
@@ -90,6 +92,7 @@ private:
 
     void sendToRoot(xcb_window_t window, const char* type, std::initializer_list<quint32> data);
     QList<xcb_window_t> children(xcb_window_t window);
+    quint16 pointerMask();
 };
 
 }  // namespace veltrin
