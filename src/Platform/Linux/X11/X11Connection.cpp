@@ -49,35 +49,35 @@ void X11Connection::askForExtensions() {
         return data != nullptr && data->present != 0 ? data : nullptr;
     };
     if (const auto* data = present(&xcb_input_id)) {
-        const XReply<xcb_input_xi_query_version_reply_t> version(xcb_input_xi_query_version_reply(
+        const X11Reply<xcb_input_xi_query_version_reply_t> version(xcb_input_xi_query_version_reply(
             connection_, xcb_input_xi_query_version(connection_, 2, 2), nullptr));
         hasXInput22_ = version && (version->major_version > 2 ||
                                    (version->major_version == 2 && version->minor_version >= 2));
         xinputOpcode_ = data->major_opcode;
     }
     if (const auto* data = present(&xcb_xkb_id)) {
-        const XReply<xcb_xkb_use_extension_reply_t> use(
+        const X11Reply<xcb_xkb_use_extension_reply_t> use(
             xcb_xkb_use_extension_reply(connection_, xcb_xkb_use_extension(connection_, 1, 0), nullptr));
         if (use && use->supported != 0) xkbFirstEvent_ = data->first_event;
     }
     if (const auto* data = present(&xcb_xfixes_id)) {
-        const XReply<xcb_xfixes_query_version_reply_t> version(xcb_xfixes_query_version_reply(
+        const X11Reply<xcb_xfixes_query_version_reply_t> version(xcb_xfixes_query_version_reply(
             connection_, xcb_xfixes_query_version(connection_, 5, 0), nullptr));
         if (version) xfixesFirstEvent_ = data->first_event;
     }
     if (present(&xcb_test_id) != nullptr) {
-        const XReply<xcb_test_get_version_reply_t> version(
+        const X11Reply<xcb_test_get_version_reply_t> version(
             xcb_test_get_version_reply(connection_, xcb_test_get_version(connection_, 2, 2), nullptr));
         hasXTest_ = version != nullptr;
     }
     if (present(&xcb_randr_id) != nullptr) {
-        const XReply<xcb_randr_query_version_reply_t> version(
+        const X11Reply<xcb_randr_query_version_reply_t> version(
             xcb_randr_query_version_reply(connection_, xcb_randr_query_version(connection_, 1, 5), nullptr));
         hasRandr15_ = version && (version->major_version > 1 ||
                                   (version->major_version == 1 && version->minor_version >= 5));
     }
     if (present(&xcb_res_id) != nullptr) {
-        const XReply<xcb_res_query_version_reply_t> version(
+        const X11Reply<xcb_res_query_version_reply_t> version(
             xcb_res_query_version_reply(connection_, xcb_res_query_version(connection_, 1, 2), nullptr));
         hasResource_ = version && (version->server_major > 1 || version->server_minor >= 2);
     }
@@ -99,7 +99,7 @@ xcb_atom_t X11Connection::atom(const std::string& name) const {
         const std::lock_guard guard(mutex_);
         if (const auto found = atoms_.find(name); found != atoms_.end()) return found->second;
     }
-    const XReply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(
+    const X11Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(
         connection_, xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.c_str()),
         nullptr));
     if (!reply) return XCB_ATOM_NONE;
@@ -120,7 +120,7 @@ xcb_get_property_cookie_t X11Connection::requestProperty(xcb_window_t window, xc
 }
 
 std::optional<X11Connection::Property> X11Connection::property(xcb_get_property_cookie_t cookie) const {
-    const XReply<xcb_get_property_reply_t> reply(xcb_get_property_reply(connection_, cookie, nullptr));
+    const X11Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(connection_, cookie, nullptr));
     if (!reply || reply->type == XCB_ATOM_NONE) return std::nullopt;
     Property result;
     result.type = reply->type;
@@ -139,13 +139,13 @@ std::optional<std::uint32_t> X11Connection::word(xcb_window_t window, xcb_atom_t
 }
 
 bool X11Connection::roundTrip() const {
-    const XReply<xcb_get_input_focus_reply_t> reply(
+    const X11Reply<xcb_get_input_focus_reply_t> reply(
         xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
     return reply != nullptr;
 }
 
 void X11Connection::discardEvents() const {
-    while (XReply<xcb_generic_event_t> event{xcb_poll_for_event(connection_)}) {
+    while (X11Reply<xcb_generic_event_t> event{xcb_poll_for_event(connection_)}) {
     }
 }
 
@@ -155,7 +155,7 @@ bool X11Connection::waitForEvent(std::chrono::milliseconds limit,
     const auto deadline = Clock::now() + limit;
     xcb_flush(connection_);
     for (;;) {
-        while (const XReply<xcb_generic_event_t> event{xcb_poll_for_event(connection_)}) {
+        while (const X11Reply<xcb_generic_event_t> event{xcb_poll_for_event(connection_)}) {
             if (take(*event)) return true;
         }
         if (isLost()) return false;

@@ -23,16 +23,31 @@ void X11KeyHold::hold() {
     active_ = activator_ != 0 || ownGrab_;
     if (swallowed_.none() || active_) return;
     const std::uint32_t events = XCB_INPUT_XI_EVENT_MASK_KEY_PRESS | XCB_INPUT_XI_EVENT_MASK_KEY_RELEASE;
+    auto* xcb = connection_.xcb();
     const auto cookie =
-        xcb_input_xi_grab_device(connection_.xcb(), connection_.root(), XCB_CURRENT_TIME, XCB_NONE,
-                                 grabs_.device(), XCB_GRAB_MODE_SYNC, XCB_GRAB_MODE_ASYNC, 0, 1, &events);
-    allow(XCB_INPUT_EVENT_MODE_SYNC_DEVICE);
-    const XReply<xcb_input_xi_grab_device_reply_t> reply(
-        xcb_input_xi_grab_device_reply(connection_.xcb(), cookie, nullptr));
-    ownGrab_ = reply && reply->status == XCB_GRAB_STATUS_SUCCESS;
+        xcb_input_xi_grab_device(xcb, connection_.root(), XCB_CURRENT_TIME, XCB_NONE, grabs_.device(),
+                                 XCB_GRAB_MODE_SYNC, XCB_GRAB_MODE_ASYNC, 0, 1, &events);
+    // Asked while the keyboard stands still: a release that was waiting behind the replayed event has gone to
+    // the application already, and is not to be waited for.
+    const auto keymap = xcb_query_keymap(xcb);
+    const X11Reply<xcb_input_xi_grab_device_reply_t> reply(
+        xcb_input_xi_grab_device_reply(xcb, cookie, nullptr));
+    const X11Reply<xcb_query_keymap_reply_t> down(xcb_query_keymap_reply(xcb, keymap, nullptr));
     // Somebody else holds the keyboard: the release goes to them.
-    if (!ownGrab_) swallowed_.reset();
-    active_ = ownGrab_;
+    if (!reply || reply->status != XCB_GRAB_STATUS_SUCCESS || !down) {
+        swallowed_.reset();
+        return;
+    }
+    for (unsigned key = 8; key < 256; ++key) {
+        if ((down->keys[key / 8] & (1U << (key % 8))) == 0) swallowed_.reset(key);
+    }
+    if (swallowed_.none()) {
+        ungrabDevice();
+        return;
+    }
+    ownGrab_ = true;
+    active_ = true;
+    allow(XCB_INPUT_EVENT_MODE_SYNC_DEVICE);
 }
 
 void X11KeyHold::ungrabDevice() {
@@ -76,11 +91,15 @@ void X11KeyHold::press(const Event& event, const std::function<bool()>& ask,
     asking_ = false;
     if (passes) {
         replay();
-    } else {
+    } else if (!event.isRepeat) {
+        swallowed_.set(event.key);
         allow(XCB_INPUT_EVENT_MODE_SYNC_DEVICE);
-        // A swallowed repeat of a press that went on is swallowed alone: the application still gets the
-        // release.
-        if (!event.isRepeat) swallowed_.set(event.key);
+    } else if (swallowed_.any()) {
+        allow(XCB_INPUT_EVENT_MODE_SYNC_DEVICE);
+    } else {
+        // A swallowed repeat of a press that went on is swallowed alone. The grab must end at once, or its
+        // end with the release of the key would keep that release from the application.
+        ungrabDevice();
     }
     if (isIdle()) released_.notify_all();
 }

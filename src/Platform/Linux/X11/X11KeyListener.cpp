@@ -75,7 +75,7 @@ X11KeyListener::X11KeyListener(std::unique_ptr<X11Connection> connection, std::u
     auto* xcb = connection_->xcb();
     xcb_xkb_select_events(xcb, XCB_XKB_ID_USE_CORE_KBD, notices, 0, notices, allParts, allParts, nullptr);
     // Asked after the notices were chosen, so that no change falls in between.
-    const XReply<xcb_xkb_get_state_reply_t> state(
+    const X11Reply<xcb_xkb_get_state_reply_t> state(
         xcb_xkb_get_state_reply(xcb, xcb_xkb_get_state(xcb, XCB_XKB_ID_USE_CORE_KBD), nullptr));
     if (state) {
         modifiers_ = state->mods;
@@ -136,8 +136,8 @@ void X11KeyListener::run() {
     }
 }
 
-XReply<xcb_generic_event_t> X11KeyListener::nextEvent() {
-    if (pending_.empty()) return XReply<xcb_generic_event_t>(xcb_poll_for_event(connection_->xcb()));
+X11Reply<xcb_generic_event_t> X11KeyListener::nextEvent() {
+    if (pending_.empty()) return X11Reply<xcb_generic_event_t>(xcb_poll_for_event(connection_->xcb()));
     auto event = std::move(pending_.front());
     pending_.pop_front();
     return event;
@@ -292,7 +292,10 @@ void X11KeyListener::grabbedPress(const DeviceEvent& event) {
     const auto when = nanoseconds(event.time);
     auto report = keyEvent(KeyEventType::keyDown, key, event.mods.effective, when);
     report.isAutoRepeat = (event.flags & XCB_INPUT_KEY_EVENT_FLAGS_KEY_REPEAT) != 0;
-    if (report.isAutoRepeat) repeats_.repeatSeen(key, when);
+    if (report.isAutoRepeat)
+        repeats_.repeatSeen(key, when);
+    else
+        repeats_.pressed(key, when);
     // No press is told twice, however it came here.
     const bool told = !report.isAutoRepeat && key == toldKey_ && event.time == toldTime_;
 
@@ -314,8 +317,13 @@ void X11KeyListener::grabbedRelease(const DeviceEvent& event) {
     held.key = key;
     held.isModifier = keymap_->isModifier(key);
     held.optionHeld = (keymap_->flags(event.mods.effective) & KeyFlags::option) != 0;
-    // The engine learns of releases from listening, so that each comes once.
-    if (!hold_.release(held)) return;
+    repeats_.released(key);
+    const bool opensMenu = hold_.release(held);
+    // A client that holds the keyboard is sent no raw events, so this release comes nowhere else.
+    if (!held.isModifier) {
+        questions_.tell(keyEvent(KeyEventType::keyUp, key, event.mods.effective, nanoseconds(event.time)));
+    }
+    if (!opensMenu) return;
     if (const auto silent = keymap_->silentKey()) {
         xcb_test_fake_input(connection_->xcb(), XCB_KEY_PRESS, *silent, XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
         xcb_test_fake_input(connection_->xcb(), XCB_KEY_RELEASE, *silent, XCB_CURRENT_TIME, XCB_NONE, 0, 0,
@@ -336,7 +344,7 @@ void X11KeyListener::makeRepeat() {
         }
     }
     // A release that was never seen (it fell into a pause) must not leave a key repeating for ever.
-    const XReply<xcb_query_keymap_reply_t> down(
+    const X11Reply<xcb_query_keymap_reply_t> down(
         xcb_query_keymap_reply(connection_->xcb(), xcb_query_keymap(connection_->xcb()), nullptr));
     if (!down || (down->keys[*key / 8] & (1U << (*key % 8))) == 0) {
         repeats_.stop();

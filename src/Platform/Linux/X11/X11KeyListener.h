@@ -46,7 +46,7 @@ private:
                    KeyQuestions& questions);
     void run();
     void waitForMore();
-    XReply<xcb_generic_event_t> nextEvent();
+    X11Reply<xcb_generic_event_t> nextEvent();
     void handle(const xcb_generic_event_t& event);
     void handleXkb(const xcb_generic_event_t& event);
     void rawPress(Keycode key, xcb_timestamp_t time);
@@ -67,7 +67,7 @@ private:
     std::atomic<bool> stopping_{false};
 
     // The listening thread's own.
-    std::deque<XReply<xcb_generic_event_t>> pending_;
+    std::deque<X11Reply<xcb_generic_event_t>> pending_;
     X11KeyRepeats repeats_;
     unsigned modifiers_ = 0;
     std::optional<std::uint64_t> reloadAt_;

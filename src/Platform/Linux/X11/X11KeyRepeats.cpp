@@ -5,7 +5,7 @@
 namespace veltrin {
 
 void X11KeyRepeats::readSettings(const X11Connection& connection) {
-    const XReply<xcb_xkb_get_controls_reply_t> reply(xcb_xkb_get_controls_reply(
+    const X11Reply<xcb_xkb_get_controls_reply_t> reply(xcb_xkb_get_controls_reply(
         connection.xcb(), xcb_xkb_get_controls(connection.xcb(), XCB_XKB_ID_USE_CORE_KBD), nullptr));
     if (!reply) return;
     delay_ = std::max<std::uint64_t>(1, reply->repeatDelay) * 1'000'000;

@@ -17,6 +17,6 @@ struct FreeDeleter {
 };
 /// A reply or an event, freed with its owner.
 template <typename T>
-using XReply = std::unique_ptr<T, FreeDeleter>;
+using X11Reply = std::unique_ptr<T, FreeDeleter>;
 
 }  // namespace veltrin
