@@ -28,7 +28,7 @@ AppDelegate::AppDelegate(const Desktop& desktop, const Shared& shared)
       appPolicy_(desktop.workspace, shared.settings),
       engine_(desktop.runLoop, desktop.keyEventTaps, desktop.preferences, desktop.pasteboard,
               &PermissionDiagnostics::printEventTapFailureHint),
-      debugPanel_(desktop.runLoop, desktop.screens, desktop.floatingPanels, desktop.pasteboard,
+      debugPanel_(desktop.runLoop, desktop.floatingPanels, desktop.screens, desktop.pasteboard,
                   desktop.preferences),
       permissions_(desktop.workspace, desktop.accessibility, desktop.keyEventTaps),
       reader_(desktop.accessibility, desktop.workspace, desktop.preferences),

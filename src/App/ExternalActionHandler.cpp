@@ -32,7 +32,8 @@ ExternalActionPipeline::Dependencies ExternalActionHandler::dependencies() {
     });
     to.showFeedback =
         lifetime_.bind([this](const ExternalActionFeedback& card, const std::optional<QRectF>& anchor) {
-            parts_.panel.showFailureCard(card, anchor);
+            parts_.panel.showFailureCard(card.title, card.detail, card.suggestion, anchor, card.copyableText,
+                                         card.primaryActionTitle);
         });
     to.dismissOverlay = lifetime_.bind([this] { parts_.panel.dismissOverlay(); });
     to.showCopiedResult = lifetime_.bind([this](const QString& text, const ExternalGestureAIAction& action) {
