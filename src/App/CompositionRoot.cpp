@@ -28,6 +28,9 @@
 namespace veltrin {
 namespace {
 
+/// How long a post waits for the user to let go of a key that the tap holds.
+constexpr std::chrono::milliseconds letGoLimit{100};
+
 QString preferencesPath() {
     return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
            QStringLiteral("/Veltrin/preferences.json");
@@ -38,7 +41,7 @@ class Inspector final : public PostTargetInspector {
 public:
     explicit Inspector(AtSpiAccessibility& accessibility) : accessibility_(accessibility) {}
 
-    State inspect(const AXElementRef& element) override {
+    PostTargetState inspect(const AXElementRef& element) override {
         const ElementState state = accessibility_.inspect(element);
         return {state.isAnswered, state.isEditable, state.isPassword};
     }
@@ -74,7 +77,7 @@ struct CompositionRoot::Objects {
     X11TopLevelWindows topLevelWindows;
     AtSpiAccessibility accessibility{&topLevelWindows};
     Inspector inspector{accessibility};
-    X11KeyPoster keyPoster{*connection, windows, keyEventTaps, &inspector};
+    X11KeyPoster keyPoster{windows, {[this] { keyEventTaps.letGo(letGoLimit); }, &inspector}};
     FilePreferences preferences{preferencesPath()};
     QtHttpClient httpClient;
     LinuxSystemEnvironment environment;

@@ -17,7 +17,7 @@ QtObject {
     readonly property int radiusPopup: 16
 
     readonly property color accent: "#FFE066"
-    readonly property color onAccent: "#1A1A1A"
+    readonly property color accentText: "#1A1A1A"
 
     readonly property QtObject popupLight: QtObject {
         readonly property color surface: "#F0FFFFFF"

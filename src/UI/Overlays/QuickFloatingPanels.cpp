@@ -83,8 +83,12 @@ std::unique_ptr<FloatingPanel> QuickFloatingPanels::create(const PanelSpec& spec
         engine_->addImportPath(QStringLiteral("qrc:/qt/qml"));
     }
     QQmlComponent component(engine_.get(), cardOf(spec.kind));
-    std::unique_ptr<QObject> object(component.createWithInitialProperties(
-        {{QStringLiteral("text"), spec.text}, {QStringLiteral("dark"), usesDarkLook_()}}));
+    // Asked before it is made: creating from a component that is not ready crashes.
+    std::unique_ptr<QObject> object;
+    if (component.isReady()) {
+        object.reset(component.createWithInitialProperties(
+            {{QStringLiteral("text"), spec.text}, {QStringLiteral("dark"), usesDarkLook_()}}));
+    }
     auto* card = qobject_cast<QQuickItem*>(object.get());
     if (card == nullptr) {
         MVPLog::write("UI panel could not be made:", component.errorString());
