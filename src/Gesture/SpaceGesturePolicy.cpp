@@ -5,7 +5,7 @@
 namespace veltrin {
 
 double secondsBetween(double from, double to) {
-    return std::round((to - from) * 1e9) / 1e9;
+    return std::round((to - from) * 1e6) / 1e6;
 }
 
 bool TripleSpaceSafetyGate::allowsTripleSpace() const {

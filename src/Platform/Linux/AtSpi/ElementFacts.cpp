@@ -17,7 +17,7 @@ constexpr char textArea[] = "AXTextArea";
 
 // A text whose state says that it has one line or many is named by that, whatever stands here.
 constexpr RoleName roleNames[] = {
-    {Role::text, textArea},
+    {Role::text, textField},
     {Role::entry, textField},
     {Role::passwordText, "AXSecureTextField", "AXSecureTextField"},
     {Role::paragraph, textArea},
@@ -124,8 +124,9 @@ QString roleName(Role role, StateSet states) {
     const RoleName* entry = find(role);
     if (!entry) return QStringLiteral("AXUnknown");
     const bool isText = entry->name == textField || entry->name == textArea;
-    if (isText && states.has(State::singleLine)) return QLatin1String(textField);
     if (isText && states.has(State::multiLine)) return QLatin1String(textArea);
+    // Qt says of its one-line fields only that they have not many.
+    if (isText && (states.has(State::singleLine) || role == Role::text)) return QLatin1String(textField);
     return QLatin1String(entry->name);
 }
 

@@ -59,8 +59,17 @@ bool isWorthEntering(const Node& node, Toolkit toolkit) {
     return toolkit == Toolkit::gtk4 || node.states.has(State::showing);
 }
 
+/// Of focused objects, none of them editable, each inside the one before: the innermost that has text.
+ObjectAddress bestOf(const std::vector<ObjectAddress>& chain, Conversation& conversation) {
+    for (auto object = chain.rbegin(); object != chain.rend() && chain.size() > 1; ++object) {
+        const Reply interfaces = conversation.ask(*object, Name::accessible, "GetInterfaces");
+        if (interfaces.texts().contains(QLatin1String(Name::text))) return *object;
+    }
+    return chain.back();
+}
+
 std::optional<ObjectAddress> search(Level level, Toolkit toolkit, Conversation& conversation) {
-    std::optional<ObjectAddress> best;
+    std::vector<ObjectAddress> chain;
     std::size_t seen = 0;
     for (int depth = 0; depth < deepest && !level.empty(); ++depth) {
         seen += level.size();
@@ -72,13 +81,14 @@ std::optional<ObjectAddress> search(Level level, Toolkit toolkit, Conversation& 
             if (node.states.has(State::editable)) return node.object;
             focused.push_back(node);
         }
-        if (!focused.empty()) best = focused.front().object;
+        if (!focused.empty()) chain.push_back(focused.front().object);
         // Once something focused is found, only what lies inside it can be better.
         Level& branches = focused.empty() ? level : focused;
         std::erase_if(branches, [&](const Node& node) { return !isWorthEntering(node, toolkit); });
         level = childrenOf(branches, conversation);
     }
-    return best;
+    if (chain.empty()) return {};
+    return bestOf(chain, conversation);
 }
 
 }  // namespace

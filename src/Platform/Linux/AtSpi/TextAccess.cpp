@@ -14,6 +14,7 @@ constexpr qint64 mostTerminalOffsets = 8000;  // enough for that many characters
 constexpr Milliseconds firstPause{2};
 constexpr Milliseconds longestPause{16};
 constexpr Milliseconds longestAwait{150};
+constexpr Milliseconds layoutPause{10};
 
 /// The length argument of InsertText: units for Qt, bytes for everybody else.
 int insertionLength(const QString& text, Toolkit toolkit) {
@@ -129,11 +130,17 @@ AXResult<QRectF> TextAccess::bounds(const TextRange& range) {
                               facts.value.toolkit);
     QVariantList arguments = offsetArguments(offsets.toToolkit(range));
     arguments << screenCoordinates;
-    const Reply reply = conversation_.ask(object_, Name::text, "GetRangeExtents", arguments);
-    if (!reply.ok()) return reply.error;
-    const auto rectangle = reply.rectangle();
-    if (!rectangle || (rectangle->width() <= 0 && rectangle->height() <= 0)) return AXError::failure;
-    return *rectangle;
+    // Chromium lays out a page's text for accessibility when it is first asked, and is empty-handed that
+    // once.
+    const int attempts = facts.value.toolkit == Toolkit::chromium ? 3 : 1;
+    for (int i = 0; i < attempts; ++i) {
+        const Reply reply = conversation_.ask(object_, Name::text, "GetRangeExtents", arguments);
+        if (!reply.ok()) return reply.error;
+        const auto rectangle = reply.rectangle();
+        if (rectangle && (rectangle->width() > 0 || rectangle->height() > 0)) return *rectangle;
+        if (i + 1 < attempts && !conversation_.pause(layoutPause)) break;
+    }
+    return AXError::failure;
 }
 
 bool TextAccess::replace(const OffsetRange& range, const QString& text, Toolkit toolkit) {

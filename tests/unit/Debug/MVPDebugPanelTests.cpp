@@ -1,0 +1,253 @@
+#include "Debug/MVPDebugPanel.h"
+#include "support/fake/FakeDesktop.h"
+#include "support/fake/LogCapture.h"
+
+#include <gtest/gtest.h>
+
+namespace veltrin {
+namespace {
+
+class MVPDebugPanelTest : public testing::Test {
+protected:
+    LogCapture log;
+    FakeDesktop desktop;
+    MVPDebugPanel panel{desktop.runLoop, desktop.floatingPanels, desktop.screens, desktop.pasteboard,
+                        desktop.preferences};
+
+    void text(const char* words, std::optional<double> autoDismiss = std::nullopt,
+              std::optional<QRectF> anchor = std::nullopt) {
+        panel.showPanel(QString::fromUtf8(words), anchor, autoDismiss);
+    }
+    void pill(std::optional<QRectF> anchor, std::optional<double> autoDismiss = std::nullopt) {
+        panel.showStatusPill(QStringLiteral("正在优化"), anchor, autoDismiss);
+    }
+    const FakeFloatingPanels::Record& last() const { return desktop.floatingPanels.last(); }
+    std::optional<QString> shownText() const { return desktop.floatingPanels.shownText(); }
+    bool logged(const QString& start) const {
+        for (const QString& line : log.lines()) {
+            if (line.startsWith(start)) return true;
+        }
+        return false;
+    }
+};
+
+TEST_F(MVPDebugPanelTest, aTextPanelStandsInTheMiddleOfTheMainScreenWhateverItsAnchor) {
+    text("Veltrin Ready", std::nullopt, QRectF(10, 10, 50, 20));
+    EXPECT_EQ(last().spec.kind, PanelKind::text);
+    EXPECT_EQ(last().spec.size, QSizeF(300, 84));
+    EXPECT_FALSE(last().spec.takesMouseEvents);
+    EXPECT_EQ(last().origin, QPointF(960 - 150, 525 - 42));
+    EXPECT_EQ(last().animatedScale, 0.965);
+    EXPECT_EQ(last().animatedDuration, 0.17);
+    EXPECT_TRUE(logged(
+        QStringLiteral("UI showPanel requested: Veltrin Ready anchor: (10, 10, 50, 20) visible frame:")));
+}
+
+TEST_F(MVPDebugPanelTest, withoutAScreenThePlatformFindsTheMiddle) {
+    desktop.screens.list.clear();
+    text("a");
+    EXPECT_TRUE(last().centered);
+    pill(QRectF(10, 10, 50, 20));
+    EXPECT_TRUE(last().centered);
+    pill(std::nullopt);
+    EXPECT_TRUE(last().centered);
+}
+
+TEST_F(MVPDebugPanelTest, aSecondPanelReplacesTheFirstAndItsTime) {
+    text("first", 1.0);
+    desktop.advance(0.5);
+    text("second", 1.0);
+    EXPECT_TRUE(desktop.floatingPanels.records[0]->closed);
+    EXPECT_FALSE(desktop.floatingPanels.records[0]->fading);
+    desktop.advance(0.9);
+    EXPECT_EQ(shownText(), QStringLiteral("second"));
+    desktop.advance(0.11);
+    EXPECT_EQ(shownText(), std::nullopt);
+    desktop.advance(1);
+    EXPECT_EQ(desktop.floatingPanels.openCount(), 0);
+    EXPECT_EQ(desktop.runLoop.pendingTimers(), 0u);
+}
+
+TEST_F(MVPDebugPanelTest, withoutATimeAPanelStays) {
+    text("a");
+    pill(std::nullopt, 0);
+    desktop.advance(3600);
+    EXPECT_EQ(desktop.floatingPanels.shown().size(), 2u);
+}
+
+TEST_F(MVPDebugPanelTest, theSlotsAreIndependent) {
+    text("message");
+    pill(std::nullopt);
+    panel.dismissOverlay();
+    EXPECT_EQ(shownText(), QStringLiteral("message"));
+    EXPECT_FALSE(desktop.floatingPanels.shownText(PanelKind::statusPill));
+    panel.dismissPanel();
+    desktop.advance(1);
+    EXPECT_EQ(desktop.floatingPanels.openCount(), 0);
+}
+
+TEST_F(MVPDebugPanelTest, dismissingFadesThePanelAndThenClosesIt) {
+    text("a", 5.0);
+    panel.dismissPanel();
+    EXPECT_TRUE(last().fading);
+    EXPECT_FALSE(last().closed);
+    desktop.advance(0.2);
+    EXPECT_TRUE(last().closed);
+    panel.dismissPanel();
+    EXPECT_EQ(desktop.runLoop.pendingTimers(), 0u);
+}
+
+TEST_F(MVPDebugPanelTest, goneInTheMiddleOfAFadeLeavesNothing) {
+    {
+        MVPDebugPanel other(desktop.runLoop, desktop.floatingPanels, desktop.screens, desktop.pasteboard,
+                            desktop.preferences);
+        other.showPanel(QStringLiteral("a"), std::nullopt, 1.0);
+        other.dismissPanel();
+    }
+    EXPECT_TRUE(last().closed);
+    desktop.advance(5);
+}
+
+TEST_F(MVPDebugPanelTest, aPillStandsInTheMiddleOfItsAnchor) {
+    pill(QRectF(400, 300, 200, 100));
+    EXPECT_EQ(last().spec.kind, PanelKind::statusPill);
+    EXPECT_EQ(last().spec.size, QSizeF(72, 40));
+    EXPECT_EQ(last().origin, QPointF(500 - 36, 350 - 20));
+    EXPECT_TRUE(logged(QStringLiteral("UI showStatusPill requested: 正在优化 anchor: (400, 300, 200, 100)")));
+}
+
+TEST_F(MVPDebugPanelTest, aPillNeverLeavesTheVisibleFrame) {
+    pill(QRectF(-50, -50, 10, 10));
+    EXPECT_EQ(last().origin, QPointF(12, 12));
+    pill(QRectF(1910, 1060, 10, 20));
+    EXPECT_EQ(last().origin, QPointF(1920 - 72 - 12, 1050 - 40 - 12));
+}
+
+TEST_F(MVPDebugPanelTest, withoutAnAnchorAPillStandsAboveThePointer) {
+    desktop.screens.mouse = {700, 400};
+    pill(std::nullopt);
+    EXPECT_EQ(last().origin, QPointF(700 - 36, 424));
+    desktop.screens.mouse = {1919, 1079};
+    pill(std::nullopt);
+    EXPECT_EQ(last().origin, QPointF(1920 - 72 - 12, 1050 - 40 - 12));
+}
+
+TEST_F(MVPDebugPanelTest, anAnchorOnASecondDisplayKeepsThePillThereAndTheTextOnTheMainOne) {
+    desktop.screens.list.push_back({QRectF(1920, 0, 1280, 720), QRectF(1920, 0, 1280, 720)});
+    const QRectF anchor(2000, 20, 100, 20);
+    pill(anchor);
+    EXPECT_EQ(last().origin, QPointF(2050 - 36, 30 - 20 + 2));
+    text("a", std::nullopt, anchor);
+    EXPECT_EQ(last().origin, QPointF(810, 483));
+}
+
+TEST_F(MVPDebugPanelTest, anAnchorOutsideEveryScreenGoesToTheMainOne) {
+    desktop.screens.list.push_back({QRectF(1920, 0, 1280, 720), QRectF(1920, 0, 1280, 720)});
+    pill(QRectF(9000, 9000, 10, 10));
+    EXPECT_EQ(last().origin, QPointF(1920 - 72 - 12, 1050 - 40 - 12));
+}
+
+TEST_F(MVPDebugPanelTest, theOverlayFollowsItsAnchorBelowItWithoutAnimation) {
+    pill(QRectF(400, 300, 200, 100));
+    const auto shownOnce = last().animatedScale;
+    panel.repositionPanel(QRectF(400, 500, 200, 100));
+    EXPECT_EQ(last().origin, QPointF(500 - 36, 500 - 40 - 10));
+    EXPECT_EQ(last().animatedScale, shownOnce);
+    panel.repositionPanel(QRectF(400, 5, 200, 20));  // at the bottom it covers its anchor
+    EXPECT_EQ(last().origin, QPointF(500 - 36, 12));
+    panel.repositionPanel(std::nullopt);
+    EXPECT_EQ(last().origin, QPointF(960 - 36, 564));
+    panel.dismissOverlay();
+    const int moves = last().moves;
+    panel.repositionPanel(QRectF(0, 0, 10, 10));
+    EXPECT_EQ(last().moves, moves);
+}
+
+TEST_F(MVPDebugPanelTest, placingIsLoggedOnlyWhenAskedFor) {
+    pill(QRectF(400, 300, 200, 100));
+    panel.repositionPanel(QRectF(400, 500, 200, 100));
+    EXPECT_FALSE(logged(QStringLiteral("UI status pill positioning:")));
+    EXPECT_FALSE(logged(QStringLiteral("UI positioning source:")));
+    desktop.preferences.set(PreferenceKeys::gestureVerboseLogging, true);
+    pill(QRectF(400, 300, 200, 100));
+    panel.repositionPanel(QRectF(400, 500, 200, 100));
+    panel.repositionPanel(std::nullopt);
+    EXPECT_TRUE(logged(QStringLiteral("UI status pill positioning: preferred: (464, 330)")));
+    EXPECT_TRUE(logged(QStringLiteral("UI positioning source: anchor rect")));
+    EXPECT_TRUE(logged(QStringLiteral("UI anchor positioning: preferred: (464, 450) result: (464, 450)")));
+    EXPECT_TRUE(logged(QStringLiteral("UI positioning source: mouse fallback")));
+    EXPECT_TRUE(logged(QStringLiteral("UI mouse fallback positioning: preferred: (924, 564)")));
+}
+
+TEST_F(MVPDebugPanelTest, aCopiedResultIsOnThePasteboardWhenItsPanelShows) {
+    desktop.pasteboard.put(QStringLiteral("former"));
+    panel.showCopiedResult(QStringLiteral("result 😀"), QStringLiteral("优化后的内容"), 2.4);
+    EXPECT_EQ(desktop.pasteboard.peek(), QStringLiteral("result 😀"));
+    EXPECT_EQ(desktop.pasteboard.current().content, PasteboardContent::lasting);
+    ASSERT_TRUE(shownText());
+    EXPECT_TRUE(shownText()->contains(QStringLiteral("优化后的内容")));
+    EXPECT_TRUE(logged(QStringLiteral("UI copied result panel shown: length: 8")));
+    desktop.advance(2.5);
+    EXPECT_FALSE(shownText());
+}
+
+TEST_F(MVPDebugPanelTest, anEmptyResultNeverTouchesThePasteboard) {
+    desktop.pasteboard.put(QStringLiteral("former"));
+    const auto count = desktop.pasteboard.changeCount();
+    panel.showCopiedResult({}, QStringLiteral("优化后的内容"), 2.4);
+    EXPECT_EQ(desktop.pasteboard.changeCount(), count);
+    EXPECT_EQ(shownText(), QStringLiteral("没有生成结果\n请重试或切换模型"));
+    EXPECT_TRUE(logged(QStringLiteral("UI showCopiedResult requested: empty generated text")));
+}
+
+TEST_F(MVPDebugPanelTest, aPasteboardThatCannotBeTakenIsSaid) {
+    desktop.pasteboard.refusesOwnership = true;
+    panel.showCopiedResult(QStringLiteral("result"), QStringLiteral("优化后的内容"), 2.4);
+    EXPECT_EQ(shownText(), QStringLiteral("复制失败\n请手动复制结果"));
+}
+
+TEST_F(MVPDebugPanelTest, aFailureCardShowsItsCompactMessageForAWhile) {
+    panel.showFailureCard(QStringLiteral("优化失败"), QStringLiteral("API Key"), QStringLiteral("go"),
+                          std::nullopt, std::nullopt, std::nullopt);
+    ASSERT_TRUE(shownText());
+    EXPECT_TRUE(shownText()->startsWith(QStringLiteral("优化失败")));
+    EXPECT_EQ(last().spec.size, QSizeF(300, 84));
+    desktop.advance(2.19);
+    EXPECT_TRUE(shownText());
+    desktop.advance(0.02);
+    EXPECT_FALSE(shownText());
+    EXPECT_TRUE(logged(QStringLiteral("UI showFailureCard requested:")));
+}
+
+TEST_F(MVPDebugPanelTest, offTheMainThreadEveryOperationWaitsForTheMainLoop) {
+    desktop.runLoop.mainThread = false;
+    text("a");
+    pill(std::nullopt);
+    panel.showCopiedResult(QStringLiteral("r"), QStringLiteral("l"), std::nullopt);
+    EXPECT_TRUE(desktop.floatingPanels.records.empty());
+    EXPECT_FALSE(desktop.pasteboard.peek());
+    desktop.runLoop.mainThread = true;
+    desktop.runLoop.runDue();
+    EXPECT_EQ(desktop.floatingPanels.shown().size(), 2u);
+    EXPECT_EQ(desktop.pasteboard.peek(), QStringLiteral("r"));
+    desktop.runLoop.mainThread = false;
+    panel.dismissPanel();
+    panel.dismissOverlay();
+    panel.repositionPanel(std::nullopt);
+    EXPECT_EQ(desktop.floatingPanels.shown().size(), 2u);
+    desktop.runLoop.mainThread = true;
+    desktop.runLoop.runDue();
+    EXPECT_TRUE(desktop.floatingPanels.shown().empty());
+}
+
+TEST_F(MVPDebugPanelTest, withoutWindowsNothingIsShownAndNothingBreaks) {
+    desktop.floatingPanels.available = false;
+    text("a", 1.0);
+    pill(std::nullopt, 1.0);
+    panel.repositionPanel(std::nullopt);
+    panel.dismissPanel();
+    EXPECT_EQ(desktop.runLoop.pendingTimers(), 0u);
+}
+
+}  // namespace
+}  // namespace veltrin
