@@ -67,6 +67,8 @@ OverlayWindow::OverlayWindow(QQuickItem* card, QSize size, bool takesMouseEvents
 void OverlayWindow::adaptToCompositor() {
     const bool blended = isCompositorRunning();
     card_->setProperty("translucent", blended);
+    // Where nothing blends, the card's smooth corners must not fade into black.
+    setColor(blended ? QColor(Qt::transparent) : card_->property("surfaceColor").value<QColor>());
     setMask(blended ? QRegion() : roundedRegion(size()));
     if (takesMouseEvents_) return;
     // A mask replaces the empty input shape that lets clicks through, so it is set again.

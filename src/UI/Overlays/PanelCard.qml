@@ -11,6 +11,7 @@ Item {
     /// False where nothing blends windows: then the card is opaque and fills its window to the edge.
     property bool translucent: true
     readonly property QtObject colors: VtTheme.popup(dark)
+    readonly property color surfaceColor: translucent ? colors.surface : colors.surfaceOpaque
 
     Accessible.role: Accessible.AlertMessage
     Accessible.name: text
@@ -18,7 +19,7 @@ Item {
     VtSurface {
         anchors.fill: parent
         radius: VtTheme.radiusPopup
-        color: card.translucent ? card.colors.surface : card.colors.surfaceOpaque
+        color: card.surfaceColor
         stroke: card.colors.stroke
     }
 }
