@@ -44,7 +44,7 @@ std::vector<Screen> X11Screens::screens() const {
     std::vector<std::pair<bool, QRectF>> monitors;
     if (connection_.hasRandr15()) {
         const X11Reply<xcb_randr_get_monitors_reply_t> reply(
-            xcb_randr_get_monitors_reply(xcb, xcb_randr_get_monitors(xcb, connection_.root(), 0), nullptr));
+            xcb_randr_get_monitors_reply(xcb, xcb_randr_get_monitors(xcb, connection_.root(), 1), nullptr));
         if (reply) {
             for (auto list = xcb_randr_get_monitors_monitors_iterator(reply.get()); list.rem > 0;
                  xcb_randr_monitor_info_next(&list)) {

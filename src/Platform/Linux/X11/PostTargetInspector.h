@@ -1,0 +1,21 @@
+#pragma once
+
+#include "Platform/Accessibility.h"
+
+namespace veltrin {
+
+/// What must be known of a field before a key is posted into it.
+struct PostTargetState {
+    bool answered = false;  ///< its application answered in time; without it the rest says nothing
+    bool isEditable = false;
+    bool isPassword = false;
+};
+
+/// Looks at a field through accessibility. Main thread; bounded.
+class PostTargetInspector {
+public:
+    virtual ~PostTargetInspector() = default;
+    virtual PostTargetState inspect(const AXElementRef& element) = 0;
+};
+
+}  // namespace veltrin

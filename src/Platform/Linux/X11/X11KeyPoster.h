@@ -1,0 +1,50 @@
+#pragma once
+
+#include "Platform/KeyPoster.h"
+#include "Platform/Linux/X11/PostTargetInspector.h"
+#include "Platform/Linux/X11/X11Keymap.h"
+#include "Platform/Linux/X11/X11Windows.h"
+
+#include <functional>
+#include <memory>
+
+namespace veltrin {
+
+/// Synthetic keys by XTEST. Nothing is posted unless the window that was meant is still in front and its
+/// application is alive; see KeyPoster for the rest. Main thread; a post takes at most the 300 ms for the
+/// user's modifiers, 250 ms for an application that does not answer, and what the inspector takes.
+class X11KeyPoster final : public KeyPoster {
+public:
+    struct Parts {
+        /// Frees the keyboard from a grab of ours (X11KeyEventTaps::letGo); may be empty.
+        std::function<void()> letGoOfKeyboard;
+        /// Looks at the target's element; may be null: then fields are not looked at.
+        PostTargetInspector* inspector = nullptr;
+    };
+    X11KeyPoster(const X11Windows& windows, Parts parts);
+    ~X11KeyPoster() override;
+
+    PostResult post(const KeyPost& chord) override;
+
+private:
+    struct Chord {
+        X11Keymap::Keycode key = 0;
+        unsigned modifiers = 0;
+    };
+    QString refusalOfWindow(const PostTarget& target) const;
+    QString refusalOfApplication();
+    QString refusalOfField(const KeyPost& chord) const;
+    QString refusalOfTerminal(const KeyPost& chord, quint64& flags, bool& isTerminal) const;
+    void refreshKeymap();
+    unsigned waitForModifiers() const;
+    void send(const Chord& chord, unsigned held) const;
+    void fake(bool press, X11Keymap::Keycode key) const;
+
+    const X11Windows& windows_;
+    Parts parts_;
+    X11WindowPing ping_;
+    std::unique_ptr<X11Connection> connection_;
+    std::shared_ptr<const X11Keymap> keymap_;
+};
+
+}  // namespace veltrin

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "Platform/Linux/X11/X11SelectionReader.h"
+#include "Platform/Linux/X11/X11SelectionServer.h"
+#include "Platform/Pasteboard.h"
+
+#include <QByteArray>
+
+#include <memory>
+
+namespace veltrin {
+
+/// The CLIPBOARD selection as the general pasteboard. Main thread; what is offered is served from its own
+/// thread. Destroying it gives lasting text to the clipboard manager, if there is one.
+class X11Pasteboard final : public Pasteboard {
+public:
+    /// `display` empty means $DISPLAY.
+    explicit X11Pasteboard(const QByteArray& display = {});
+    ~X11Pasteboard() override;
+
+    qint64 changeCount() const override;
+    PasteboardString string() const override;
+    void clearContents() override;
+    bool setString(const QString& text, PasteboardContent content) override;
+
+private:
+    std::unique_ptr<X11SelectionServer> server_;
+    std::unique_ptr<X11SelectionReader> reader_;
+};
+
+}  // namespace veltrin

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "Platform/Linux/X11/X11Connection.h"
+#include "Platform/Pasteboard.h"
+
+#include <chrono>
+#include <memory>
+#include <optional>
+
+namespace veltrin {
+
+/// Reads the CLIPBOARD of other programs and counts its changes, on a connection of its own. Main thread.
+class X11SelectionReader {
+public:
+    explicit X11SelectionReader(const QByteArray& display);
+
+    bool isUsable() const { return connection_ != nullptr && connection_->hasXFixes(); }
+    /// All changes until now, in the server's order.
+    qint64 changeCount();
+    /// The window that owns the selection now; XCB_NONE when none does.
+    xcb_window_t owner() const;
+    /// The plain text, in whatever form its owner has it.
+    PasteboardString string(std::chrono::milliseconds limit);
+
+private:
+    using Clock = std::chrono::steady_clock;
+    struct Answer {
+        enum class Status { value, refused, unanswered } status = Status::unanswered;
+        QByteArray bytes;
+        xcb_atom_t type = XCB_ATOM_NONE;
+    };
+
+    Answer read(xcb_atom_t target, Clock::time_point deadline);
+    Answer readPieces(xcb_atom_t property, Clock::time_point deadline);
+    std::optional<X11Connection::Property> take(xcb_atom_t property);
+    std::optional<xcb_timestamp_t> serverTime(Clock::time_point deadline);
+    xcb_atom_t nextProperty();
+    bool count(const xcb_generic_event_t& event);
+    bool wait(Clock::time_point deadline, const std::function<bool(const xcb_generic_event_t&)>& wanted);
+
+    std::unique_ptr<X11Connection> connection_;
+    xcb_window_t window_ = XCB_NONE;
+    xcb_atom_t clipboard_ = XCB_ATOM_NONE;
+    xcb_atom_t stamp_ = XCB_ATOM_NONE;
+    qint64 changes_ = 0;
+    unsigned reads_ = 0;
+};
+
+}  // namespace veltrin
