@@ -1,5 +1,6 @@
-// Shows the main job on a desktop of its own: a person types a sentence into an editor, taps the space bar three
-// times, and the model's translation stands there. Says what it saw, and ends with 0 only when that is true.
+// Shows the main job on a desktop of its own: a person types a sentence into an editor, taps the space bar
+// three times, and the model's translation stands there. Says what it saw, and ends with 0 only when that is
+// true.
 //
 //   veltrin_demo --program FILE [--screenshots FOLDER]
 #include "support/desktop/AtSpiProbe.h"
@@ -33,7 +34,8 @@ void say(const char* what, const QString& value = {}) {
 
 class Demo {
 public:
-    Demo(QString program, QString screenshots) : program_(std::move(program)), screenshots_(std::move(screenshots)) {
+    Demo(QString program, QString screenshots)
+        : program_(std::move(program)), screenshots_(std::move(screenshots)) {
         QDir().mkpath(screenshots_);
     }
 
@@ -44,8 +46,10 @@ public:
             1.2, ServiceBehaviours::dictionary({{sentence, translation}}, QStringLiteral("OK."))));
         writePreferences(desktop, service);
 
-        Program veltrin(desktop, {program_, QStringLiteral("--log-file"), desktop.file(QStringLiteral("veltrin.log"))});
-        if (!waitUntil(20, [&] { return veltrin.output().contains("SpaceGestureEngine started successfully"); })) {
+        Program veltrin(
+            desktop, {program_, QStringLiteral("--log-file"), desktop.file(QStringLiteral("veltrin.log"))});
+        if (!waitUntil(
+                20, [&] { return veltrin.output().contains("SpaceGestureEngine started successfully"); })) {
             say("Veltrin did not start:", QString::fromUtf8(veltrin.output()));
             return false;
         }
@@ -98,7 +102,8 @@ private:
     }
 
     void shoot(RealDesktop& desktop, const char* name) {
-        desktop.x().screenshot(screenshots_ + QStringLiteral("/") + QString::fromUtf8(name) + QStringLiteral(".png"));
+        desktop.x().screenshot(screenshots_ + QStringLiteral("/") + QString::fromUtf8(name) +
+                               QStringLiteral(".png"));
     }
 
     QString program_;

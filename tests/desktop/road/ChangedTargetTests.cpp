@@ -12,7 +12,7 @@ class ChangedTarget : public RoadTest {
 protected:
     void SetUp() override {
         RoadTest::SetUp();
-        service().setDefault(slow(1.5, success(answer)));
+        serve(slow(1.5, success(answer)));
     }
     void expectCopied() {
         EXPECT_TRUE(waitForLog(QStringLiteral("UI copied result panel shown:"), 15)) << qPrintable(log());
@@ -38,9 +38,8 @@ TEST_F(ChangedTarget, anotherApplicationIsInFront) {
 
 TEST_F(ChangedTarget, anotherWindowOfTheSameApplicationIsInFront) {
     startProgram();
-    Program editor = Program::qtEditor(
-        desktop(), {QStringLiteral("--windows"), QStringLiteral("2"), QStringLiteral("--focus"),
-                    QStringLiteral("text")});
+    Program editor = Program::qtEditor(desktop(), {QStringLiteral("--windows"), QStringLiteral("2"),
+                                                   QStringLiteral("--focus"), QStringLiteral("text")});
     const ProbedField field = atspi().waitForField(editor);
     typeSentence(QStringLiteral("one"));
     tapTranslate();
@@ -55,16 +54,12 @@ TEST_F(ChangedTarget, anotherWindowOfTheSameApplicationIsInFront) {
 }
 
 TEST_F(ChangedTarget, anotherSelectionStandsInTheField) {
-    startProgram();
     const QString text = QStringLiteral("alpha beta gamma");
+    // The field has the focus before the program comes; and a tap would replace the selection, so a shortcut
+    // asks.
     Program editor = Program::mousepad(desktop(), text);
     const ProbedField field = atspi().waitForField(editor);
     atspi().select(field, 0, 5);
-    // A tap would replace the selection, so the shortcut asks.
-    desktop();
-    service().forget();
-    program().terminate();
-    ASSERT_TRUE(program().waitForExit(10));
     startProgram({{QStringLiteral("shortcut_translation"), QStringLiteral("⌥⇧|T")}});
     typist().chord(QStringLiteral("Alt+Shift+t"));
     ASSERT_TRUE(waitForGeneration());

@@ -10,7 +10,14 @@ void RoadTest::SetUp() {
     QFile::remove(logFile());
     QDir(desktop().configHome() + QStringLiteral("/Veltrin")).removeRecursively();
     service_ = std::make_unique<ModelService>();
-    service_->setDefault(ServiceBehaviours::success(answer));
+    serve(ServiceBehaviours::success(answer));
+}
+
+void RoadTest::serve(const ServiceBehaviour& behaviour) {
+    const auto models = ServiceBehaviours::models({QStringLiteral("qwen3:8b")});
+    service_->setDefault([behaviour, models](const ServiceRequest& request) {
+        return request.wire == ServiceWire::localTags ? models(request) : behaviour(request);
+    });
 }
 
 void RoadTest::TearDown() {
@@ -40,16 +47,18 @@ Program& RoadTest::startProgramUnready(const Json::Object& preferences, const En
     for (const auto& [key, value] : preferences)
         all.set(key, value);
     writePreferences(*all.object());
-    program_ = std::make_unique<Program>(
-        desktop(),
-        QStringList{QStringLiteral(VELTRIN_BINARY_DIR "/bin/veltrin"), QStringLiteral("--log-file"), logFile()},
-        extra);
+    QFile::remove(logFile());
+    program_ = std::make_unique<Program>(desktop(),
+                                         QStringList{QStringLiteral(VELTRIN_BINARY_DIR "/bin/veltrin"),
+                                                     QStringLiteral("--log-file"), logFile()},
+                                         extra);
     return *program_;
 }
 
 Program& RoadTest::startProgram(const Json::Object& preferences) {
     startProgramUnready(preferences);
-    EXPECT_TRUE(waitForLog(QStringLiteral("SpaceGestureEngine started successfully"), 20)) << qPrintable(log());
+    EXPECT_TRUE(waitForLog(QStringLiteral("SpaceGestureEngine started successfully"), 20))
+        << qPrintable(log());
     EXPECT_TRUE(waitForLog(QStringLiteral("Ollama warmup"), 20)) << qPrintable(log());
     return *program_;
 }

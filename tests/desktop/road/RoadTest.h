@@ -18,19 +18,22 @@ namespace veltrin {
 /// The program itself on the shared desktop, beside a stand-in model service and foreign editors.
 class RoadTest : public DesktopTest {
 protected:
-    static inline const QString answer = QStringLiteral("Bonjour le monde, voilà 你好 👩‍👩‍👧.");
+    static inline const QString answer =
+        QStringLiteral("Bonjour le monde, voilà 你好 👩‍👩‍👧.");
 
     void SetUp() override;
     void TearDown() override;
 
-    /// Starts the program with these preferences over the ordinary ones (which name the stand-in service), and
-    /// returns when its gestures work.
+    /// Starts the program with these preferences over the ordinary ones (which name the stand-in service),
+    /// and returns when its gestures work.
     Program& startProgram(const Json::Object& preferences = {});
     /// Starts it and returns at once.
     Program& startProgramUnready(const Json::Object& preferences = {}, const Environment& extra = {});
     Program& program() { return *program_; }
 
     ModelService& service() { return *service_; }
+    /// From now on the service answers like this to everything but the question what models there are.
+    void serve(const ServiceBehaviour& behaviour);
     /// The requests for a text, the warm-up's left out.
     std::vector<ServiceRequest> generations() const;
     bool waitForGeneration(std::size_t count = 1, double seconds = 5);
@@ -48,7 +51,9 @@ protected:
     QList<QRect> panels();
 
     QString logFile() const { return desktop().file(QStringLiteral("veltrin.log")); }
-    QString preferencesFile() const { return desktop().configHome() + QStringLiteral("/Veltrin/preferences.json"); }
+    QString preferencesFile() const {
+        return desktop().configHome() + QStringLiteral("/Veltrin/preferences.json");
+    }
     void writePreferences(const Json::Object& preferences);
 
     RealDesktop& desktop() const { return RealDesktop::shared(); }

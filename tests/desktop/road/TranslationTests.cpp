@@ -11,8 +11,8 @@ struct Editor {
 };
 
 Program startQtEditor(RealDesktop& desktop, const QString& text) {
-    return Program::qtEditor(desktop, text.isEmpty() ? QStringList{}
-                                                     : QStringList{QStringLiteral("--text"), text});
+    return Program::qtEditor(desktop,
+                             text.isEmpty() ? QStringList{} : QStringList{QStringLiteral("--text"), text});
 }
 
 class TranslationInEditor : public RoadTest, public testing::WithParamInterface<Editor> {};
@@ -111,7 +111,8 @@ TEST_P(TranslationInEditor, theApplicationsOwnUndoBringsTheTextBack) {
 TEST_P(TranslationInEditor, aSelectionIsReplacedAloneWhenTheSettingSaysSo) {
     startProgram({{QStringLiteral("translation_replace_mode"), QStringLiteral("current")},
                   {QStringLiteral("shortcut_translation"), QStringLiteral("⌥⇧|T")}});
-    Program editor = GetParam().start(desktop(), QStringLiteral("keep 你好👩‍👩‍👧 this and keep that"));
+    Program editor =
+        GetParam().start(desktop(), QStringLiteral("keep 你好👩‍👩‍👧 this and keep that"));
     const ProbedField field = atspi().waitForField(editor);
     const QString text = atspi().text(field);
     const qsizetype start = text.indexOf(u"this");

@@ -1,42 +1,43 @@
 #include "Platform/Linux/X11/X11Pasteboard.h"
 
-#include "Platform/Linux/X11/X11SelectionOwner.h"
-#include "Platform/Linux/X11/X11SelectionReader.h"
-
 namespace veltrin {
 namespace {
 
-constexpr char selection[] = "CLIPBOARD";
+constexpr std::chrono::milliseconds readLimit{500};
+constexpr std::chrono::milliseconds handOverLimit{500};
 
 }  // namespace
 
 X11Pasteboard::X11Pasteboard(const QByteArray& display)
-    : owner_(X11SelectionOwner::start(display, selection)),
-      reader_(X11SelectionReader::start(display, selection)) {
+    : server_(X11SelectionServer::start(display)), reader_(std::make_unique<X11SelectionReader>(display)) {
 }
 
-X11Pasteboard::~X11Pasteboard() = default;
+X11Pasteboard::~X11Pasteboard() {
+    if (server_) server_->handOver(handOverLimit);
+}
 
 qint64 X11Pasteboard::changeCount() const {
-    return owner_ ? owner_->changeCount() : 0;
+    return reader_->changeCount();
 }
 
 PasteboardString X11Pasteboard::string() const {
-    // Our own offer is known without asking ourselves.
-    if (owner_) {
-        if (const auto own = owner_->current())
-            return {own->text ? PasteboardString::Status::value : PasteboardString::Status::none,
-                    own->text.value_or(QString())};
+    // Our own offer is known without asking anybody. Whether it still stands only the server can say: the thread that
+    // serves it may not have read yet that another program took over.
+    if (server_ && reader_->owner() == server_->window()) {
+        if (const auto own = server_->current()) {
+            if (!own->utf8) return {};
+            return {PasteboardString::Status::value, QString::fromUtf8(*own->utf8)};
+        }
     }
-    return reader_ ? reader_->read() : PasteboardString{};
+    return reader_->string(readLimit);
 }
 
 void X11Pasteboard::clearContents() {
-    if (owner_) owner_->take({});
+    if (server_) server_->offer({std::nullopt, PasteboardContent::lasting});
 }
 
 bool X11Pasteboard::setString(const QString& text, PasteboardContent content) {
-    return owner_ && owner_->take({text, content == PasteboardContent::temporary});
+    return server_ && server_->offer({text.toUtf8(), content});
 }
 
 }  // namespace veltrin

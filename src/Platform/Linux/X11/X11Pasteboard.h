@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Platform/Linux/X11/X11SelectionReader.h"
+#include "Platform/Linux/X11/X11SelectionServer.h"
 #include "Platform/Pasteboard.h"
 
 #include <QByteArray>
@@ -8,10 +10,8 @@
 
 namespace veltrin {
 
-class X11SelectionOwner;
-class X11SelectionReader;
-
-/// The CLIPBOARD selection. Without a server it is always empty and nothing can be put there.
+/// The CLIPBOARD selection as the general pasteboard. Main thread; what is offered is served from its own
+/// thread. Destroying it gives lasting text to the clipboard manager, if there is one.
 class X11Pasteboard final : public Pasteboard {
 public:
     /// `display` empty means $DISPLAY.
@@ -24,7 +24,7 @@ public:
     bool setString(const QString& text, PasteboardContent content) override;
 
 private:
-    std::unique_ptr<X11SelectionOwner> owner_;
+    std::unique_ptr<X11SelectionServer> server_;
     std::unique_ptr<X11SelectionReader> reader_;
 };
 

@@ -1,131 +1,171 @@
 #include "Platform/Linux/X11/X11SelectionReader.h"
 
-#include <chrono>
+#include <xcb/xfixes.h>
+
+#include <algorithm>
+#include <functional>
+#include <string>
 
 namespace veltrin {
 namespace {
 
-using namespace std::chrono_literals;
-using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
 
-constexpr auto silenceLimit = 500ms;
-constexpr auto totalLimit = 2s;
-constexpr std::uint32_t maximumBytes = 64U << 20U;
+/// So many names take turns, so that a late answer to one request is not taken for that to the next.
+constexpr unsigned propertyNames = 16;
+constexpr std::uint32_t everything = 0x1FFFFFFF;
 
-std::uint8_t kind(const xcb_generic_event_t& event) {
-    return event.response_type & 0x7F;
+template <typename T>
+const T& as(const xcb_generic_event_t& event) {
+    return reinterpret_cast<const T&>(event);
 }
 
 }  // namespace
 
-std::unique_ptr<X11SelectionReader> X11SelectionReader::start(const QByteArray& display,
-                                                              const char* selection) {
-    auto connection = X11Connection::open(display);
-    if (!connection) return nullptr;
-    return std::unique_ptr<X11SelectionReader>(new X11SelectionReader(std::move(connection), selection));
-}
-
-X11SelectionReader::X11SelectionReader(std::unique_ptr<X11Connection> connection, const char* selection)
-    : connection_(std::move(connection)),
-      selection_(connection_->atom(selection)),
-      property_(connection_->atom("VELTRIN_SELECTION")) {
-    window_ = xcb_generate_id(connection_->xcb());
-    const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
-    xcb_create_window(connection_->xcb(), XCB_COPY_FROM_PARENT, window_, connection_->root(), -1, -1, 1, 1, 0,
-                      XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &mask);
+X11SelectionReader::X11SelectionReader(const QByteArray& display)
+    : connection_(X11Connection::open(display)) {
+    if (!isUsable()) return;
+    auto* xcb = connection_->xcb();
+    clipboard_ = connection_->atom("CLIPBOARD");
+    stamp_ = connection_->atom("VELTRIN_TIME");
+    window_ = xcb_generate_id(xcb);
+    const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
+    xcb_create_window(xcb, 0, window_, connection_->root(), -10, -10, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
+                      XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &events);
+    xcb_xfixes_select_selection_input(xcb, window_, clipboard_,
+                                      XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
+                                          XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
+                                          XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
     connection_->roundTrip();
 }
 
-PasteboardString X11SelectionReader::read() {
-    xcb_connection_t* xcb = connection_->xcb();
-    auto* owner = xcb_get_selection_owner_reply(xcb, xcb_get_selection_owner(xcb, selection_), nullptr);
-    const bool owned = owner != nullptr && owner->owner != XCB_WINDOW_NONE;
-    std::free(owner);
-    if (!owned) return {PasteboardString::Status::none, {}};
-
-    QByteArray bytes;
-    switch (convert(connection_->atom("UTF8_STRING"), bytes)) {
-        case Outcome::value:
-            return {PasteboardString::Status::value, QString::fromUtf8(bytes)};
-        case Outcome::unanswered:
-            return {PasteboardString::Status::unanswered, {}};
-        case Outcome::refused:
-            break;
-    }
-    // Old clients know only Latin-1.
-    switch (convert(XCB_ATOM_STRING, bytes)) {
-        case Outcome::value:
-            return {PasteboardString::Status::value, QString::fromLatin1(bytes)};
-        case Outcome::unanswered:
-            return {PasteboardString::Status::unanswered, {}};
-        case Outcome::refused:
-            break;
-    }
-    return {PasteboardString::Status::none, {}};
+/// Counts a change of the owner; says whether the event was one.
+bool X11SelectionReader::count(const xcb_generic_event_t& event) {
+    if ((event.response_type & 0x7F) != connection_->xfixesFirstEvent() + XCB_XFIXES_SELECTION_NOTIFY)
+        return false;
+    if (as<xcb_xfixes_selection_notify_event_t>(event).selection == clipboard_) ++changes_;
+    return true;
 }
 
-xcb_timestamp_t X11SelectionReader::serverTime() {
-    xcb_timestamp_t time = XCB_CURRENT_TIME;
-    xcb_change_property(connection_->xcb(), XCB_PROP_MODE_APPEND, window_, XCB_ATOM_WM_NAME, XCB_ATOM_STRING,
-                        8, 0, nullptr);
-    connection_->waitForEvent(silenceLimit, [&](const xcb_generic_event_t& event) {
-        if (kind(event) != XCB_PROPERTY_NOTIFY) return false;
-        time = reinterpret_cast<const xcb_property_notify_event_t&>(event).time;
+qint64 X11SelectionReader::changeCount() {
+    if (!isUsable()) return changes_;
+    connection_->roundTrip();
+    wait(Clock::now(), [](const xcb_generic_event_t&) { return false; });
+    return changes_;
+}
+
+/// Waits for an event, counting changes on the way. Answers that nobody waits for any more are taken off the
+/// window, so that their owners get on.
+bool X11SelectionReader::wait(Clock::time_point deadline,
+                              const std::function<bool(const xcb_generic_event_t&)>& wanted) {
+    const auto left = std::max(milliseconds(0), std::chrono::ceil<milliseconds>(deadline - Clock::now()));
+    return connection_->waitForEvent(left, [&](const xcb_generic_event_t& event) {
+        if (count(event)) return false;
+        if (wanted(event)) return true;
+        if ((event.response_type & 0x7F) == XCB_SELECTION_NOTIFY) {
+            const auto property = as<xcb_selection_notify_event_t>(event).property;
+            if (property != XCB_NONE) xcb_delete_property(connection_->xcb(), window_, property);
+        }
+        return false;
+    });
+}
+
+xcb_atom_t X11SelectionReader::nextProperty() {
+    return connection_->atom("VELTRIN_SELECTION_" + std::to_string(reads_++ % propertyNames));
+}
+
+xcb_window_t X11SelectionReader::owner() const {
+    if (!isUsable()) return XCB_NONE;
+    const X11Reply<xcb_get_selection_owner_reply_t> owner(xcb_get_selection_owner_reply(
+        connection_->xcb(), xcb_get_selection_owner(connection_->xcb(), clipboard_), nullptr));
+    return owner ? owner->owner : XCB_NONE;
+}
+
+std::optional<xcb_timestamp_t> X11SelectionReader::serverTime(Clock::time_point deadline) {
+    xcb_change_property(connection_->xcb(), XCB_PROP_MODE_APPEND, window_, stamp_, XCB_ATOM_STRING, 8, 0,
+                        nullptr);
+    std::optional<xcb_timestamp_t> time;
+    wait(deadline, [&](const xcb_generic_event_t& event) {
+        if ((event.response_type & 0x7F) != XCB_PROPERTY_NOTIFY) return false;
+        const auto& change = as<xcb_property_notify_event_t>(event);
+        if (change.atom != stamp_) return false;
+        time = change.time;
         return true;
     });
     return time;
 }
 
-X11SelectionReader::Outcome X11SelectionReader::convert(xcb_atom_t target, QByteArray& bytes) {
-    // What a former owner that was given up on may still send must not be taken for this answer.
-    connection_->discardEvents();
-    xcb_delete_property(connection_->xcb(), window_, property_);
-    const xcb_timestamp_t time = serverTime();
-    xcb_convert_selection(connection_->xcb(), window_, selection_, target, property_, time);
-    xcb_atom_t given = XCB_ATOM_NONE;
-    const bool answered = connection_->waitForEvent(silenceLimit, [&](const xcb_generic_event_t& event) {
-        if (kind(event) != XCB_SELECTION_NOTIFY) return false;
-        const auto& notify = reinterpret_cast<const xcb_selection_notify_event_t&>(event);
-        if (notify.target != target || notify.time != time) return false;
-        given = notify.property;
-        return true;
-    });
-    if (!answered) return Outcome::unanswered;
-    if (given == XCB_ATOM_NONE) return Outcome::refused;
-    connection_->discardEvents();
-    const auto property = takeProperty();
-    if (!property) return Outcome::unanswered;
-    if (property->type == connection_->atom("INCR")) return receivePieces(bytes);
-    if (property->format != 8) return Outcome::refused;
-    bytes = property->bytes;
-    return Outcome::value;
-}
-
-std::optional<X11Connection::Property> X11SelectionReader::takeProperty() {
-    xcb_connection_t* xcb = connection_->xcb();
+std::optional<X11Connection::Property> X11SelectionReader::take(xcb_atom_t property) {
     const auto cookie =
-        xcb_get_property(xcb, 1, window_, property_, XCB_GET_PROPERTY_TYPE_ANY, 0, maximumBytes / 4);
+        xcb_get_property(connection_->xcb(), 1, window_, property, XCB_GET_PROPERTY_TYPE_ANY, 0, everything);
     return connection_->property(cookie);
 }
 
-X11SelectionReader::Outcome X11SelectionReader::receivePieces(QByteArray& bytes) {
-    bytes.clear();
-    const auto deadline = Clock::now() + totalLimit;
-    while (Clock::now() < deadline) {
-        const bool came = connection_->waitForEvent(silenceLimit, [this](const xcb_generic_event_t& event) {
-            if (kind(event) != XCB_PROPERTY_NOTIFY) return false;
-            const auto& notify = reinterpret_cast<const xcb_property_notify_event_t&>(event);
-            return notify.atom == property_ && notify.state == XCB_PROPERTY_NEW_VALUE;
+X11SelectionReader::Answer X11SelectionReader::read(xcb_atom_t target, Clock::time_point deadline) {
+    const auto time = serverTime(deadline);
+    if (!time) return {};
+    const auto property = nextProperty();
+    xcb_delete_property(connection_->xcb(), window_, property);
+    xcb_convert_selection(connection_->xcb(), window_, clipboard_, target, property, *time);
+    Answer answer;
+    const bool answered = wait(deadline, [&](const xcb_generic_event_t& event) {
+        if ((event.response_type & 0x7F) != XCB_SELECTION_NOTIFY) return false;
+        const auto& notify = as<xcb_selection_notify_event_t>(event);
+        if (notify.selection != clipboard_ || notify.target != target || notify.time != *time) return false;
+        if (notify.property != XCB_NONE && notify.property != property) return false;
+        answer.status = notify.property == XCB_NONE ? Answer::Status::refused : Answer::Status::value;
+        return true;
+    });
+    if (!answered || answer.status != Answer::Status::value) return answer;
+    const auto content = take(property);
+    if (!content) return {Answer::Status::refused, {}, XCB_ATOM_NONE};
+    // Taking the announcement away has told the owner to send the first piece.
+    if (content->type == connection_->atom("INCR")) return readPieces(property, deadline);
+    answer.bytes = content->bytes;
+    answer.type = content->type;
+    return answer;
+}
+
+X11SelectionReader::Answer X11SelectionReader::readPieces(xcb_atom_t property, Clock::time_point deadline) {
+    Answer answer;
+    for (;;) {
+        const bool came = wait(deadline, [&](const xcb_generic_event_t& event) {
+            if ((event.response_type & 0x7F) != XCB_PROPERTY_NOTIFY) return false;
+            const auto& change = as<xcb_property_notify_event_t>(event);
+            return change.atom == property && change.state == XCB_PROPERTY_NEW_VALUE;
         });
-        if (!came) return Outcome::unanswered;
-        const auto piece = takeProperty();
-        if (!piece) return Outcome::unanswered;
-        if (piece->bytes.isEmpty()) return Outcome::value;
-        if (bytes.size() + piece->bytes.size() > static_cast<qsizetype>(maximumBytes))
-            return Outcome::unanswered;
-        bytes += piece->bytes;
+        if (!came) return {};
+        const auto piece = take(property);
+        // The notice of the announcement itself comes when it has been taken already.
+        if (!piece) continue;
+        if (piece->bytes.isEmpty()) {
+            answer.status = Answer::Status::value;
+            return answer;
+        }
+        answer.bytes += piece->bytes;
+        answer.type = piece->type;
     }
-    return Outcome::unanswered;
+}
+
+PasteboardString X11SelectionReader::string(milliseconds limit) {
+    if (!isUsable() || connection_->isLost()) return {PasteboardString::Status::unanswered, {}};
+    const auto deadline = Clock::now() + limit;
+    if (owner() == XCB_NONE && !connection_->isLost()) return {};
+    for (const char* target : {"UTF8_STRING", "text/plain;charset=utf-8", "STRING", "TEXT"}) {
+        const auto answer = read(connection_->atom(target), deadline);
+        if (answer.status == Answer::Status::refused) continue;
+        if (answer.status == Answer::Status::unanswered) {
+            // An owner that ended meanwhile leaves an empty clipboard.
+            if (owner() == XCB_NONE && !connection_->isLost()) return {};
+            return {PasteboardString::Status::unanswered, {}};
+        }
+        QByteArray bytes = answer.bytes;
+        if (bytes.endsWith('\0')) bytes.chop(1);
+        const bool isLatin = answer.type == XCB_ATOM_STRING;
+        return {PasteboardString::Status::value,
+                isLatin ? QString::fromLatin1(bytes) : QString::fromUtf8(bytes)};
+    }
+    return {};
 }
 
 }  // namespace veltrin

@@ -3,34 +3,47 @@
 #include "Platform/Linux/X11/X11Connection.h"
 #include "Platform/Pasteboard.h"
 
+#include <chrono>
 #include <memory>
+#include <optional>
 
 namespace veltrin {
 
-/// Reads a selection's text from whoever owns it, in pieces when it is long. One thread at a time.
+/// Reads the CLIPBOARD of other programs and counts its changes, on a connection of its own. Main thread.
 class X11SelectionReader {
 public:
-    /// Null when there is no server.
-    static std::unique_ptr<X11SelectionReader> start(const QByteArray& display, const char* selection);
+    explicit X11SelectionReader(const QByteArray& display);
 
-    /// At most 0.5 s until the owner's first sign and between two pieces of a long text, and 2 s in all. More
-    /// than 64 MB counts as unanswered.
-    PasteboardString read();
+    bool isUsable() const { return connection_ != nullptr && connection_->hasXFixes(); }
+    /// All changes until now, in the server's order.
+    qint64 changeCount();
+    /// The window that owns the selection now; XCB_NONE when none does.
+    xcb_window_t owner() const;
+    /// The plain text, in whatever form its owner has it.
+    PasteboardString string(std::chrono::milliseconds limit);
 
 private:
-    enum class Outcome { value, refused, unanswered };
+    using Clock = std::chrono::steady_clock;
+    struct Answer {
+        enum class Status { value, refused, unanswered } status = Status::unanswered;
+        QByteArray bytes;
+        xcb_atom_t type = XCB_ATOM_NONE;
+    };
 
-    X11SelectionReader(std::unique_ptr<X11Connection> connection, const char* selection);
-    Outcome convert(xcb_atom_t target, QByteArray& bytes);
-    Outcome receivePieces(QByteArray& bytes);
-    /// The property's bytes, which deletes it; none when it cannot be had.
-    std::optional<X11Connection::Property> takeProperty();
-    xcb_timestamp_t serverTime();
+    Answer read(xcb_atom_t target, Clock::time_point deadline);
+    Answer readPieces(xcb_atom_t property, Clock::time_point deadline);
+    std::optional<X11Connection::Property> take(xcb_atom_t property);
+    std::optional<xcb_timestamp_t> serverTime(Clock::time_point deadline);
+    xcb_atom_t nextProperty();
+    bool count(const xcb_generic_event_t& event);
+    bool wait(Clock::time_point deadline, const std::function<bool(const xcb_generic_event_t&)>& wanted);
 
     std::unique_ptr<X11Connection> connection_;
-    xcb_window_t window_ = XCB_WINDOW_NONE;
-    xcb_atom_t selection_ = XCB_ATOM_NONE;
-    xcb_atom_t property_ = XCB_ATOM_NONE;
+    xcb_window_t window_ = XCB_NONE;
+    xcb_atom_t clipboard_ = XCB_ATOM_NONE;
+    xcb_atom_t stamp_ = XCB_ATOM_NONE;
+    qint64 changes_ = 0;
+    unsigned reads_ = 0;
 };
 
 }  // namespace veltrin

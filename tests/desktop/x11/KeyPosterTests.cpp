@@ -1,0 +1,273 @@
+#include "Platform/Linux/X11/X11KeyPoster.h"
+#include "Platform/Linux/X11/XcbHeaders.h"
+#include "desktop/x11/RecordingClient.h"
+#include "support/desktop/DesktopTest.h"
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+#include <unistd.h>
+
+namespace veltrin {
+namespace {
+
+struct FakeElement final : AXElement {
+    std::optional<qint32> processIdentifier() const override { return 1; }
+    bool isEqual(const AXElement& other) const override { return this == &other; }
+};
+
+struct FakeInspector final : PostTargetInspector {
+    PostTargetState state{true, true, false};
+    int asked = 0;
+    PostTargetState inspect(const AXElementRef&) override {
+        ++asked;
+        return state;
+    }
+};
+
+class KeyPosterOnX11 : public DesktopTest {
+protected:
+    KeyPosterOnX11()
+        : connection(X11Connection::open(desktop().display().toLatin1())),
+          windows(*connection),
+          poster(windows, {[this] { ++letGo; }, &inspector}) {}
+
+    void TearDown() override {
+        desktop().setKeyboardLayout(QStringLiteral("us"));
+        DesktopTest::TearDown();
+    }
+
+    /// A window of some other process, so that it is asked whether it is alive.
+    static RecordingClient::Options foreign() {
+        RecordingClient::Options options;
+        options.process = 1;
+        return options;
+    }
+    static KeyPost command(qint64 key, const RecordingClient& client) {
+        KeyPost post;
+        post.keyCode = key;
+        post.flags = KeyFlags::command;
+        post.target.window = client.window();
+        return post;
+    }
+
+    std::unique_ptr<X11Connection> connection;
+    X11Windows windows;
+    FakeInspector inspector;
+    int letGo = 0;
+    X11KeyPoster poster;
+};
+
+TEST_F(KeyPosterOnX11, postsAChordInOnePieceAndLeavesNoKeyDown) {
+    RecordingClient client(desktop(), foreign());
+    EXPECT_TRUE(poster.post(command(KeyCode::v, client)));
+    ASSERT_TRUE(client.waitForKeys(4));
+    EXPECT_EQ(client.text(), "+Control_L +v -v -Control_L");
+    EXPECT_EQ(client.keys()[1].state, XCB_MOD_MASK_CONTROL);
+    EXPECT_EQ(x().keysDown(), 0);
+    EXPECT_EQ(letGo, 1);
+}
+
+TEST_F(KeyPosterOnX11, aPasteReachesAForeignEditor) {
+    clipboard().ownText(QStringLiteral("pasted"));
+    auto mousepad = Program::mousepad(desktop());
+    KeyPost post;
+    post.keyCode = KeyCode::v;
+    post.flags = KeyFlags::command;
+    post.target.processIdentifier = mousepad.pid();
+    post.target.window = mousepad.window();
+    const auto result = poster.post(post);
+    EXPECT_TRUE(result) << result.refusal.toStdString();
+    EXPECT_TRUE(waitUntil(3, [&] {
+        const auto requests = clipboard().requests();
+        return std::any_of(requests.begin(), requests.end(),
+                           [](const auto& request) { return request.target == QStringLiteral("UTF8_STRING"); });
+    }));
+}
+
+TEST_F(KeyPosterOnX11, refusesWhenAnotherWindowOrApplicationIsInFront) {
+    RecordingClient meant(desktop(), foreign());
+    auto post = command(KeyCode::v, meant);
+    RecordingClient other(desktop(), foreign());
+    EXPECT_FALSE(poster.post(post));
+    post.target.window = other.window();
+    post.target.processIdentifier = 2;
+    const auto result = poster.post(post);
+    EXPECT_FALSE(result);
+    EXPECT_FALSE(result.refusal.isEmpty());
+    post.target.processIdentifier = 1;
+    EXPECT_TRUE(poster.post(post));
+    ASSERT_TRUE(other.waitForKeys(4));
+    EXPECT_TRUE(meant.keys().empty());
+}
+
+TEST_F(KeyPosterOnX11, refusesWithNoWindowInFront) {
+    KeyPost post;
+    post.keyCode = KeyCode::v;
+    post.flags = KeyFlags::command;
+    EXPECT_FALSE(poster.post(post));
+}
+
+TEST_F(KeyPosterOnX11, aHungApplicationCostsAQuarterOfASecondOnceAndIsTrustedWhenItAnswers) {
+    RecordingClient client(desktop(), foreign());
+    client.hang(true);
+    double begin = monotonicSeconds();
+    EXPECT_FALSE(poster.post(command(KeyCode::v, client)));
+    EXPECT_NEAR(monotonicSeconds() - begin, 0.25, 0.1);
+    begin = monotonicSeconds();
+    EXPECT_FALSE(poster.post(command(KeyCode::v, client)));
+    EXPECT_LT(monotonicSeconds() - begin, 0.05);
+    client.hang(false);
+    EXPECT_TRUE(waitUntil(3, [&] { return bool(poster.post(command(KeyCode::v, client))); }));
+    ASSERT_TRUE(client.waitForKeys(4));
+    EXPECT_EQ(client.presses(), 2);
+}
+
+TEST_F(KeyPosterOnX11, aStoppedForeignProgramIsRefusedInTime) {
+    auto mousepad = Program::mousepad(desktop());
+    mousepad.stop();
+    KeyPost post;
+    post.keyCode = KeyCode::v;
+    post.flags = KeyFlags::command;
+    post.target.window = mousepad.window();
+    const double begin = monotonicSeconds();
+    EXPECT_FALSE(poster.post(post));
+    EXPECT_LT(monotonicSeconds() - begin, 0.6);
+    mousepad.resume();
+    EXPECT_TRUE(waitUntil(3, [&] { return bool(poster.post(post)); }));
+}
+
+TEST_F(KeyPosterOnX11, aWindowThatNeverPromisedToAnswerIsNotAsked) {
+    auto options = foreign();
+    options.answersPing = false;
+    RecordingClient client(desktop(), options);
+    EXPECT_TRUE(poster.post(command(KeyCode::v, client)));
+}
+
+TEST_F(KeyPosterOnX11, waitsForTheUserToLetGoOfModifiers) {
+    RecordingClient client(desktop(), foreign());
+    typist().press(QStringLiteral("Alt"));
+    ASSERT_TRUE(client.waitForKeys(1));
+    std::thread hands([&] {
+        typist().pause(0.1);
+        typist().release(QStringLiteral("Alt"));
+    });
+    EXPECT_TRUE(poster.post(command(KeyCode::v, client)));
+    hands.join();
+    ASSERT_TRUE(client.waitForKeys(6));
+    EXPECT_EQ(client.text(), "+Alt_L -Alt_L +Control_L +v -v -Control_L");
+}
+
+TEST_F(KeyPosterOnX11, liftsModifiersThatStayHeldAndNeverPutsThemBack) {
+    RecordingClient client(desktop(), foreign());
+    typist().press(QStringLiteral("Alt"));
+    typist().press(QStringLiteral("Shift"));
+    ASSERT_TRUE(client.waitForKeys(2));
+    const double begin = monotonicSeconds();
+    EXPECT_TRUE(poster.post(command(KeyCode::v, client)));
+    EXPECT_NEAR(monotonicSeconds() - begin, 0.3, 0.15);
+    ASSERT_TRUE(waitUntil(3, [&] { return client.text().ends_with("+v -v -Control_L"); })) << client.text();
+    const auto keys = client.keys();
+    const auto letter = std::find_if(keys.begin(), keys.end(),
+                                     [](const auto& key) { return key.isPress && key.state == XCB_MOD_MASK_CONTROL; });
+    EXPECT_NE(letter, keys.end()) << "the letter came with more than Control";
+    typist().releaseAll();
+    EXPECT_EQ(x().keysDown(), 0);
+}
+
+TEST_F(KeyPosterOnX11, withControlHeldByTheUserOnlyTheLetterIsPosted) {
+    RecordingClient client(desktop(), foreign());
+    typist().press(QStringLiteral("Ctrl"));
+    EXPECT_TRUE(poster.post(command(KeyCode::v, client)));
+    ASSERT_TRUE(client.waitForKeys(3));
+    EXPECT_EQ(client.text(), "+Control_L +v -v");
+    EXPECT_EQ(client.keys()[1].state, XCB_MOD_MASK_CONTROL);
+    typist().release(QStringLiteral("Ctrl"));
+    EXPECT_EQ(x().keysDown(), 0);
+}
+
+TEST_F(KeyPosterOnX11, findsTheLetterInTheUsersLayoutAlsoInAnotherScript) {
+    RecordingClient client(desktop(), foreign());
+    desktop().setKeyboardLayout(QStringLiteral("fr"));
+    EXPECT_TRUE(poster.post(command(KeyCode::a, client)));
+    ASSERT_TRUE(client.waitForKeys(4));
+    EXPECT_EQ(client.text(), "+Control_L +a -a -Control_L");
+    desktop().setKeyboardLayout(QStringLiteral("ru"));
+    const auto latin = client.keys()[1].code;
+    client.clear();
+    EXPECT_TRUE(poster.post(command(KeyCode::v, client)));
+    ASSERT_TRUE(client.waitForKeys(4));
+    EXPECT_NE(client.keys()[1].code, latin);
+    EXPECT_EQ(client.text(), "+Control_L +Cyrillic_em -Cyrillic_em -Control_L");
+}
+
+TEST_F(KeyPosterOnX11, terminalsGetTheirOwnCopyAndPasteKeys) {
+    auto options = foreign();
+    options.instance = "xfce4-terminal";
+    options.windowClass = "Xfce4-terminal";
+    RecordingClient client(desktop(), options);
+    EXPECT_TRUE(poster.post(command(KeyCode::v, client)));
+    ASSERT_TRUE(client.waitForKeys(6));
+    EXPECT_EQ(client.keys()[2].state, XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_SHIFT);
+    client.clear();
+    EXPECT_FALSE(poster.post(command(KeyCode::a, client))) << "select-all is a command key in a terminal";
+    auto lines = command(KeyCode::v, client);
+    lines.textHasLineBreak = true;
+    EXPECT_FALSE(poster.post(lines)) << "a terminal would run the lines";
+    EXPECT_TRUE(poster.post(command(KeyCode::c, client)));
+    ASSERT_TRUE(client.waitForKeys(6));
+    EXPECT_EQ(client.presses(), 3);
+}
+
+TEST_F(KeyPosterOnX11, xtermIsPostedNothing) {
+    auto xterm = Program::xterm(desktop());
+    for (const auto key : {KeyCode::c, KeyCode::v, KeyCode::a}) {
+        KeyPost post;
+        post.keyCode = key;
+        post.flags = KeyFlags::command;
+        post.target.window = xterm.window();
+        EXPECT_FALSE(poster.post(post));
+    }
+}
+
+TEST_F(KeyPosterOnX11, aFieldThatCannotBeEditedTakesCopiesButNoPaste) {
+    RecordingClient client(desktop(), foreign());
+    inspector.state = {true, false, false};
+    auto paste = command(KeyCode::v, client);
+    paste.target.element = std::make_shared<FakeElement>();
+    EXPECT_FALSE(poster.post(paste));
+    auto copy = paste;
+    copy.keyCode = KeyCode::c;
+    EXPECT_TRUE(poster.post(copy));
+    inspector.state = {true, true, true};
+    EXPECT_FALSE(poster.post(paste)) << "a password field";
+    EXPECT_FALSE(poster.post(copy)) << "a password field";
+    inspector.state = {false, true, false};
+    EXPECT_FALSE(poster.post(paste)) << "a field that does not answer";
+    inspector.state = {true, true, false};
+    EXPECT_TRUE(poster.post(paste));
+    EXPECT_EQ(inspector.asked, 6);
+}
+
+TEST_F(KeyPosterOnX11, ourOwnWindowIsNotAskedWhetherItLives) {
+    RecordingClient client(desktop());
+    client.hang(true);
+    const double begin = monotonicSeconds();
+    EXPECT_TRUE(poster.post(command(KeyCode::v, client)));
+    EXPECT_LT(monotonicSeconds() - begin, 0.1);
+}
+
+TEST_F(KeyPosterOnX11, withoutAWindowManagerTheFocusedWindowIsTheTarget) {
+    RealDesktop bare({.windowManager = false, .accessibility = false});
+    const auto own = X11Connection::open(bare.display().toLatin1());
+    const X11Windows bareWindows(*own);
+    X11KeyPoster barePoster(bareWindows, {nullptr, nullptr});
+    RecordingClient client(bare, foreign());
+    EXPECT_TRUE(barePoster.post(command(KeyCode::v, client)));
+    ASSERT_TRUE(client.waitForKeys(4));
+    bare.killServer();
+    EXPECT_FALSE(barePoster.post(command(KeyCode::v, client)));
+}
+
+}  // namespace
+}  // namespace veltrin
