@@ -2,9 +2,9 @@
 #include "support/desktop/ProcessSweep.h"
 #include "support/desktop/XWithoutXInput.h"
 
-#include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
+#include <QTimer>
 
 #include <xcb/randr.h>
 #include <xcb/xinput.h>
@@ -63,7 +63,7 @@ TEST(RealDesktop, isEndedByItsKeeperWhenTheTestProgramDies) {
         told.closeWrite();
         QString folder;
         QByteArray pending;
-        while (const auto line = readLine(told.read, pending, 20)) {
+        for (auto line = readLine(told.read, pending, 20); line; line = readLine(told.read, pending, 20)) {
             if (line->startsWith("folder ")) folder = QString::fromLatin1(line->mid(7));
         }
         EXPECT_TRUE(program.waitForExit(5));
@@ -183,8 +183,7 @@ TEST(XWithoutXInput, cutsItsConnectionsWhenTold) {
 
 TEST(Waiting, runsTheEventLoopUntilTheConditionHolds) {
     bool happened = false;
-    QMetaObject::invokeMethod(
-        QCoreApplication::instance(), [&] { happened = true; }, Qt::QueuedConnection);
+    QTimer::singleShot(0, [&] { happened = true; });
     EXPECT_TRUE(eventually(1, [&] { return happened; }));
     const double begin = monotonicSeconds();
     EXPECT_FALSE(eventually(0.1, [] { return false; }));

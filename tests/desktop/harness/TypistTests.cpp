@@ -1,6 +1,6 @@
 #include "support/desktop/DesktopTest.h"
 
-#include <QCoreApplication>
+#include <QTimer>
 
 #include <xcb/xinput.h>
 
@@ -111,16 +111,17 @@ TEST_F(TypistTest, theMouseClicksSelectsAndDrags) {
 
 TEST_F(TypistTest, whileItTypesOnAThreadTheEventLoopRuns) {
     int turns = 0;
+    QTimer ticks;
+    QObject::connect(&ticks, &QTimer::timeout, [&turns] { ++turns; });
+    ticks.start(10);
     bool typedElsewhere = false;
     const auto main = std::this_thread::get_id();
     typist().whileLoopRuns([&](Typist& self) {
         typedElsewhere = std::this_thread::get_id() != main;
-        QMetaObject::invokeMethod(
-            QCoreApplication::instance(), [&turns] { ++turns; }, Qt::QueuedConnection);
         self.tapSpace(2, 0.1);
     });
     EXPECT_TRUE(typedElsewhere);
-    EXPECT_EQ(turns, 1);
+    EXPECT_GT(turns, 3);
     EXPECT_THROW(typist().whileLoopRuns([](Typist& self) { self.press(u"NoSuchKey"_s); }),
                  std::runtime_error);
 }

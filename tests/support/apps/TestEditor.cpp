@@ -12,6 +12,7 @@
 #include <QVBoxLayout>
 
 #include <csignal>
+#include <cstdlib>
 #include <memory>
 #include <vector>
 
@@ -41,9 +42,11 @@ std::unique_ptr<QWidget> makeWindow(const QCommandLineParser& arguments, int num
     nameField(*text, "Text");
     nameField(*line, "Line");
     nameField(*password, "Password");
-    auto* layout = new QVBoxLayout(window.get());
+    auto layout = std::make_unique<QVBoxLayout>();
     for (QWidget* field : std::initializer_list<QWidget*>{text, line, password})
         layout->addWidget(field);
+
+    window->setLayout(layout.release());
 
     const QString focus = arguments.value(QStringLiteral("focus"));
     for (QWidget* field : std::initializer_list<QWidget*>{text, line, password}) {
@@ -56,7 +59,12 @@ std::unique_ptr<QWidget> makeWindow(const QCommandLineParser& arguments, int num
 }  // namespace
 
 int main(int argc, char** argv) {
-    QApplication application(argc, argv);
+    QStringList given;
+    for (int index = 0; index < argc; ++index)
+        given.append(QString::fromLocal8Bit(argv[index]));
+    // Qt would take --title for itself.
+    int onlyName = 1;
+    QApplication application(onlyName, argv);
     QApplication::setApplicationName(QStringLiteral("veltrin_test_editor"));
     std::signal(SIGTERM, [](int) { std::_Exit(0); });
     holdStill();
@@ -71,7 +79,7 @@ int main(int argc, char** argv) {
         {QStringLiteral("focus"), {}, QStringLiteral("field"), QStringLiteral("text")},
         {QStringLiteral("read-only"), {}},
     });
-    arguments.process(application);
+    arguments.process(given);
 
     std::vector<std::unique_ptr<QWidget>> windows;
     // The first window is shown last, which makes it the active one.

@@ -86,7 +86,7 @@ void AtSpiProbe::demand(const QString& action, const ProbedField& field, const Q
 
 QList<ProbedField> AtSpiProbe::fields(pid_t process) {
     QList<ProbedField> found;
-    for (const QJsonValue& value : ask(u"fields"_s, {{u"pid"_s, process}}, 60).toArray()) {
+    for (const QJsonValue value : ask(u"fields"_s, {{u"pid"_s, process}}, 60).toArray()) {
         const QJsonObject field = value.toObject();
         found.append({field.value(u"element"_s).toInt(-1), field.value(u"role"_s).toString(),
                       field.value(u"name"_s).toString(), field.value(u"focused"_s).toBool(),
@@ -119,7 +119,7 @@ ProbedText AtSpiProbe::read(const ProbedField& field) {
     ProbedText result;
     result.text = read.value(u"text"_s).toString();
     result.caret = utf16Offset(result.text, read.value(u"caret"_s).toInteger());
-    for (const QJsonValue& selection : read.value(u"selections"_s).toArray()) {
+    for (const QJsonValue selection : read.value(u"selections"_s).toArray()) {
         result.selections.append({utf16Offset(result.text, selection.toArray().at(0).toInteger()),
                                   utf16Offset(result.text, selection.toArray().at(1).toInteger())});
     }
@@ -174,7 +174,7 @@ QRect AtSpiProbe::rangeExtents(const ProbedField& field, qsizetype start, qsizet
 
 QString AtSpiProbe::tree(pid_t process) {
     QStringList lines;
-    for (const QJsonValue& value : ask(u"tree"_s, {{u"pid"_s, process}}, 60).toArray()) {
+    for (const QJsonValue value : ask(u"tree"_s, {{u"pid"_s, process}}, 60).toArray()) {
         lines.append(value.toArray().at(0).toString() + u": "_s + value.toArray().at(1).toString());
     }
     return lines.join(u'\n');

@@ -18,7 +18,7 @@ using namespace Qt::StringLiterals;
 int lastNumber = 0;
 
 QString writeDocument(RealDesktop& desktop, const QString& text) {
-    const QString path = desktop.file(u"document-%1.txt"_s.arg(++lastNumber));
+    QString path = desktop.file(u"document-%1.txt"_s.arg(++lastNumber));
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly) || file.write(text.toUtf8()) < 0) {
         throw std::runtime_error("cannot write " + path.toStdString());

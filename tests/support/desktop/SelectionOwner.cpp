@@ -11,8 +11,8 @@
 namespace veltrin {
 namespace {
 
-constexpr qsizetype pieceSize = 64 * 1024;
-constexpr qsizetype longestWhole = 256 * 1024;
+constexpr qsizetype pieceSize = 65536;
+constexpr qsizetype longestWhole = 262144;
 
 void sleepFor(double seconds) {
     const timespec time{

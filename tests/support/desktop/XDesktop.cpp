@@ -212,8 +212,8 @@ QImage XDesktop::image(const QRect& area) {
     const auto reply = owned(xcb_get_image_reply(connection_, cookie, nullptr));
     if (!reply) return {};
     // The harness's servers run at depth 24, which is four bytes a pixel without padding.
-    return QImage(xcb_get_image_data(reply.get()), inside.width(), inside.height(), inside.width() * 4,
-                  QImage::Format_RGB32)
+    return QImage(xcb_get_image_data(reply.get()), inside.width(), inside.height(),
+                  qsizetype{inside.width()} * 4, QImage::Format_RGB32)
         .copy();
 }
 

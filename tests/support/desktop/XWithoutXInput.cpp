@@ -76,7 +76,7 @@ private:
     }
 
     static std::optional<QByteArray> receive(const Side& side) {
-        QByteArray buffer(64 * 1024, Qt::Uninitialized);
+        QByteArray buffer(65536, Qt::Uninitialized);
         const ssize_t got = read(side.descriptor, buffer.data(), static_cast<std::size_t>(buffer.size()));
         if (got < 0 && errno == EAGAIN) return QByteArray();
         if (got <= 0) return std::nullopt;
