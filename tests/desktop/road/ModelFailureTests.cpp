@@ -63,7 +63,7 @@ TEST_F(ModelFailure, emptyTwice) {
     startProgram();
     serve(empty());
     translateAndExpectCard(retry);
-    EXPECT_TRUE(log().contains(u"AI action failed: empty output action: translate"));
+    EXPECT_TRUE(log().contains(u"AI action output contract rejected: action: translate reason: emptyOutput"));
     EXPECT_EQ(generations().size(), 2U);
 }
 
