@@ -80,8 +80,11 @@ Program Program::xterm(RealDesktop& desktop, const QStringList& command) {
 }
 
 Program Program::qtEditor(RealDesktop& desktop, const QStringList& arguments) {
-    return ready(Program(
-        desktop, QStringList{QStringLiteral(VELTRIN_BINARY_DIR "/bin/veltrin_test_editor")} + arguments));
+    const auto option = arguments.indexOf(u"--windows"_s);
+    Program program(desktop,
+                    QStringList{QStringLiteral(VELTRIN_BINARY_DIR "/bin/veltrin_test_editor")} + arguments);
+    program.waitForWindow(20, {}, option < 0 ? 1 : arguments.value(option + 1).toInt());
+    return program;
 }
 
 QByteArray Program::output() const {
@@ -99,12 +102,13 @@ QList<xcb_window_t> Program::windows(const QString& windowClass) const {
     return found;
 }
 
-xcb_window_t Program::waitForWindow(double seconds, const QString& windowClass) {
+xcb_window_t Program::waitForWindow(double seconds, const QString& windowClass, int count) {
+    window_ = 0;
     const double deadline = monotonicSeconds() + seconds;
     waitUntil(seconds, [&] {
         const auto found = windows(windowClass);
-        if (!found.isEmpty()) window_ = found.last();
-        return !found.isEmpty() || !isRunning();
+        if (found.size() >= count) window_ = found.last();
+        return window_ != 0 || !isRunning();
     });
     if (window_ == 0) throw std::runtime_error("the program shows no window: " + output().toStdString());
     // A new window normally gets the focus; a window manager that guards the focus against thieves needs a

@@ -28,7 +28,8 @@ public:
     /// One-line entry with bullets.
     static Program zenityPassword(RealDesktop& desktop);
     static Program xterm(RealDesktop& desktop, const QStringList& command = {QStringLiteral("cat")});
-    /// Our Qt editor; see tests/support/apps/TestEditor.cpp for its arguments.
+    /// Our Qt editor, with as many windows as it is told to have, the first one active; see
+    /// tests/support/apps/TestEditor.cpp for its arguments.
     static Program qtEditor(RealDesktop& desktop, const QStringList& arguments = {});
 
     pid_t pid() const { return process_.pid(); }
@@ -39,7 +40,8 @@ public:
     /// Waits until it has a window on the screen, makes that active unless it is, and returns it. Found by
     /// _NET_WM_PID, or by either part of WM_CLASS when one is given. Throws std::runtime_error with the
     /// program's output when there is none in time.
-    xcb_window_t waitForWindow(double seconds = 20, const QString& windowClass = {});
+    /// With a `count` it waits for so many, and takes the last one to appear.
+    xcb_window_t waitForWindow(double seconds = 20, const QString& windowClass = {}, int count = 1);
     /// Its windows on the screen now.
     QList<xcb_window_t> windows(const QString& windowClass = {}) const;
     /// The window that waitForWindow found; 0 before.
