@@ -2,6 +2,22 @@
 
 namespace veltrin {
 
+ExternalGestureAIAction ExternalGestureAIAction::optimize(ExternalOptimizeMode mode) {
+    return ExternalGestureAIAction(Optimize{mode});
+}
+
+ExternalGestureAIAction ExternalGestureAIAction::memoryAction(ExternalMemoryAction preset, int agentSlot) {
+    return ExternalGestureAIAction(MemoryAction{std::move(preset), agentSlot});
+}
+
+ExternalGestureAIAction ExternalGestureAIAction::translate() {
+    return ExternalGestureAIAction(Translate{});
+}
+
+ExternalGestureAIAction ExternalGestureAIAction::commandRecommend() {
+    return ExternalGestureAIAction(CommandRecommend{});
+}
+
 QString ExternalGestureAIAction::logName() const {
     if (const auto* optimize = std::get_if<Optimize>(&payload_))
         return QStringLiteral("optimize(%1)").arg(static_cast<int>(optimize->mode));

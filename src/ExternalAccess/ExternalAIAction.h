@@ -37,12 +37,10 @@ public:
     struct CommandRecommend {};
     using Payload = std::variant<Optimize, MemoryAction, Translate, CommandRecommend>;
 
-    static ExternalGestureAIAction optimize(ExternalOptimizeMode mode) { return Payload(Optimize{mode}); }
-    static ExternalGestureAIAction memoryAction(ExternalMemoryAction preset, int agentSlot) {
-        return Payload(MemoryAction{std::move(preset), agentSlot});
-    }
-    static ExternalGestureAIAction translate() { return Payload(Translate{}); }
-    static ExternalGestureAIAction commandRecommend() { return Payload(CommandRecommend{}); }
+    static ExternalGestureAIAction optimize(ExternalOptimizeMode mode);
+    static ExternalGestureAIAction memoryAction(ExternalMemoryAction preset, int agentSlot);
+    static ExternalGestureAIAction translate();
+    static ExternalGestureAIAction commandRecommend();
 
     const Payload& payload() const { return payload_; }
     bool isTranslate() const { return std::holds_alternative<Translate>(payload_); }
@@ -55,7 +53,8 @@ public:
     QString copiedResultLabel() const;
 
 private:
-    ExternalGestureAIAction(Payload payload) : payload_(std::move(payload)) {}
+    template <typename Kind>
+    explicit ExternalGestureAIAction(Kind kind) : payload_(std::in_place_type<Kind>, std::move(kind)) {}
 
     Payload payload_;
 };
