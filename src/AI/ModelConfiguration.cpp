@@ -165,10 +165,10 @@ QUrl chatCompletionsURL(ModelProvider provider, const QString& endpoint) {
     QString text = Text::trimmed(endpoint);
     if (text.isEmpty()) text = defaultEndpoint(provider);
     if (text.endsWith(chatCompletionsPath)) {
-        const QUrl url(text, QUrl::StrictMode);
+        QUrl url(text, QUrl::StrictMode);
         if (url.isValid()) return url;
     }
-    const QUrl url(Text::trimmed(text, u"/") + chatCompletionsPath, QUrl::StrictMode);
+    QUrl url(Text::trimmed(text, u"/") + chatCompletionsPath, QUrl::StrictMode);
     if (url.isValid()) return url;
     return QUrl(defaultEndpoint(provider) + chatCompletionsPath);
 }

@@ -107,11 +107,14 @@ const Json::Array* objects(const Json* value) {
     return all ? array : nullptr;
 }
 
+std::optional<QString> string(const Json* value) {
+    return value == nullptr ? std::nullopt : value->toString();
+}
+
 QString firstText(const Json* blocks) {
     if (const Json::Array* array = objects(blocks)) {
         for (const Json& block : *array) {
-            const Json* text = block.find(u"text");
-            if (text != nullptr && text->isString()) return *text->toString();
+            if (auto text = string(block.find(u"text"))) return *std::move(text);
         }
     }
     throw OllamaError::invalidResponse();

@@ -70,6 +70,9 @@ Json userMessages(const QString& prompt);
 /// The value as an array of objects; null for anything else, also when one element is no object.
 const Json::Array* objects(const Json* value);
 
+/// The value when it is a string.
+std::optional<QString> string(const Json* value);
+
 /// The first `text` of a string kind among the blocks. Throws `invalidResponse` when there is none.
 QString firstText(const Json* blocks);
 

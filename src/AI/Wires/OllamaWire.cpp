@@ -30,16 +30,14 @@ QString parseAnswer(const ModelTarget&, const GenerationRequest&, const HttpResp
     // Exactly 200, unlike the cloud wires.
     if (response.status != 200) throw OllamaError::badStatus();
     const Json answer = Json::parse(response.body);
-    const Json* text = answer.find(u"response");
-    if (text == nullptr || !text->isString()) throw OllamaError::invalidResponse();
-    const QString raw = *text->toString();
-    const QString cleaned = Wire::cleaned(raw);
+    const auto raw = Wire::string(answer.find(u"response"));
+    if (!raw) throw OllamaError::invalidResponse();
+    QString cleaned = Wire::cleaned(*raw);
     if (cleaned.isEmpty()) {
-        const Json* thinking = answer.find(u"thinking");
-        const QString thought = thinking == nullptr ? QString() : thinking->toString().value_or(QString());
-        MVPLog::write("Ollama returned empty after cleanup:", "rawLength:", Characters::count(raw),
-                      "thinkingLength:", Characters::count(thought),
-                      "rawPreview:", Wire::bodyPreview(raw.toUtf8()));
+        const QString thinking = Wire::string(answer.find(u"thinking")).value_or(QString());
+        MVPLog::write("Ollama returned empty after cleanup:", "rawLength:", Characters::count(*raw),
+                      "thinkingLength:", Characters::count(thinking),
+                      "rawPreview:", Wire::bodyPreview(raw->toUtf8()));
     }
     return cleaned;
 }
@@ -52,7 +50,7 @@ namespace OllamaService {
 
 QUrl endpoint(const QString& setting) {
     const QString text = Text::trimmed(setting);
-    if (const QUrl url(text, QUrl::StrictMode); url.isValid()) return url;
+    if (QUrl url(text, QUrl::StrictMode); url.isValid()) return url;
     return QUrl(ModelProviders::defaultEndpoint(ModelProvider::ollama));
 }
 
@@ -70,8 +68,7 @@ QStringList modelNames(const HttpResponse& response) {
     const Json::Array* models = answer ? Wire::objects(answer->find(u"models")) : nullptr;
     if (models == nullptr) return names;
     for (const Json& model : *models) {
-        const Json* name = model.find(u"name");
-        if (name != nullptr && name->isString()) names << *name->toString();
+        if (const auto name = Wire::string(model.find(u"name"))) names << *name;
     }
     return names;
 }

@@ -59,13 +59,10 @@ QString parseAnswer(const ModelTarget& target, const GenerationRequest& request,
     if (choices == nullptr || choices->empty()) throw OllamaError::invalidResponse();
     const Json* message = choices->front().find(u"message");
     if (message == nullptr || !message->isObject()) throw OllamaError::invalidResponse();
-    const auto string = [message](QStringView key) {
-        const Json* value = message->find(key);
-        return value == nullptr ? QString() : value->toString().value_or(QString());
-    };
-    const QString content = string(u"content");
+    const QString content = Wire::string(message->find(u"content")).value_or(QString());
+    const QString reasoning = Wire::string(message->find(u"reasoning_content")).value_or(QString());
     // Reasoning without an answer is no answer: the limit ran out while the model was thinking.
-    if (Text::isBlank(content) && !Text::isBlank(string(u"reasoning_content"))) {
+    if (Text::isBlank(content) && !Text::isBlank(reasoning)) {
         MVPLog::write("Model returned reasoning_content without final content:", "provider:",
                       ModelProviders::displayName(target.provider), "model:", planOf(target, request).model);
     }

@@ -7,6 +7,7 @@
 #include <exception>
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <type_traits>
 #include <utility>
 #include <variant>
@@ -70,17 +71,14 @@ std::shared_ptr<Outcome<T>> follow(QCoro::Task<T> task) {
     return outcome;
 }
 
-/// The value of a task that ends at once. Throws what the task threw, and std::bad_optional_access when it
-/// waits.
+/// The value of a task that ends at once. Throws what the task threw, and std::logic_error when it waits.
 template <typename T>
 T valueOf(QCoro::Task<T> task) {
     const auto outcome = follow(std::move(task));
     if (outcome->failure) std::rethrow_exception(outcome->failure);
-    if constexpr (std::is_void_v<T>) {
-        static_cast<void>(outcome->value.value());
-    } else {
-        return outcome->value.value();
-    }
+    std::optional<typename Outcome<T>::Value> value = std::move(outcome->value);
+    if (!value) throw std::logic_error("the task waits for something");
+    if constexpr (!std::is_void_v<T>) return *std::move(value);
 }
 
 }  // namespace veltrin

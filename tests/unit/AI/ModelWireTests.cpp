@@ -346,5 +346,14 @@ TEST(GoogleWire, answersTheFirstTextPartOfTheFirstCandidate) {
     }
 }
 
+TEST(CloudWires, staySwiftOnAPromptOfAMillionCharacters) {
+    QElapsedTimer timer;
+    timer.start();
+    const GenerationRequest large = request(u"长长的提示，"_s.repeated(160000) + u"\"\n"_s);
+    for (const ModelWire* wire : {&ollamaWire, &openAICompatibleWire, &anthropicWire, &googleWire})
+        EXPECT_GT(wire->makeRequest(target(ModelProvider::openAI), large).body.size(), 2800000);
+    EXPECT_LT(timer.elapsed(), 5000);
+}
+
 }  // namespace
 }  // namespace veltrin

@@ -135,9 +135,9 @@ TEST(ExpressionIntentEngine, keepsTriggerContextAndModeInThePlan) {
     const ExpressionPlan plan = ExpressionIntentEngine::plan(slotted);
     EXPECT_EQ(plan.trigger, ExpressionTrigger::shortcut);
     EXPECT_EQ(plan.context.appName, u"Editor"_s);
-    ASSERT_TRUE(plan.mode);
-    EXPECT_EQ(plan.mode->slot, 3);
-    EXPECT_EQ(plan.mode->name, u"格式"_s);
+    const ExpressionMode mode = plan.mode.value_or(ExpressionMode());
+    EXPECT_EQ(mode.slot, 3);
+    EXPECT_EQ(mode.name, u"格式"_s);
 }
 
 ExpressionResult resultOf(ExpressionTrigger trigger, IntentDomain domain, qsizetype characters) {

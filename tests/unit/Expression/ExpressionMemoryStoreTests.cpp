@@ -1,4 +1,5 @@
 #include "Expression/ExpressionMemoryStore.h"
+#include "Foundation/Json.h"
 #include "support/fake/FakePreferences.h"
 
 #include <gtest/gtest.h>
@@ -59,8 +60,15 @@ TEST(ExpressionMemoryStore, readsAnAbsentOptionalAsNone) {
 TEST(ExpressionMemoryStore, keepsTheNewestThreeHundred) {
     FakePreferences preferences;
     ExpressionMemoryStore store(preferences);
-    for (int i = 1; i <= 300; ++i)
-        store.record(event(i));
+    const Json first = Json::parse(stored);
+    Json::Array full;
+    for (int i = 299; i >= 1; --i) {
+        Json each = first.array()->front();
+        each.set(u"sourcePreview"_s, event(i).sourcePreview);
+        full.push_back(each);
+    }
+    preferences.values[ExpressionMemoryStore::key] = Json(full).serialized();
+    store.record(event(300));
     EXPECT_EQ(store.load().back(), event(1)) << "300 are kept";
     store.record(event(301));
     const auto events = store.load();
