@@ -1,0 +1,304 @@
+#include "ExternalAccess/ExternalTextWriteback.h"
+
+#include "ExternalAccess/AttributeReading.h"
+#include "Foundation/Characters.h"
+#include "Foundation/MVPLog.h"
+
+#include <algorithm>
+
+namespace veltrin {
+
+namespace {
+
+/// Seconds the foreign application has to take a paste before the pasteboard is given back.
+constexpr double restoreDelay = 0.6;
+/// An application has 0.2 s to come to front.
+constexpr double activationCheckInterval = 0.01;
+constexpr int activationChecks = 20;
+
+/// The range, unless it is only a caret.
+std::optional<TextRange> selection(const std::optional<TextRange>& range) {
+    return range && range->length >= 1 ? range : std::nullopt;
+}
+
+bool hasLineBreak(const QString& text) {
+    return std::any_of(text.begin(), text.end(), [](QChar c) {
+        return (c >= u'\n' && c <= u'\r') || c == QChar(0x85) || c == QChar::LineSeparator ||
+               c == QChar::ParagraphSeparator;
+    });
+}
+
+ExternalTextWritebackResult succeeded(WritebackStrategy strategy, const char* message) {
+    return {true, strategy, QString::fromUtf8(message), std::nullopt};
+}
+
+ExternalTextWritebackResult failed(WritebackFailure failure, const char* message) {
+    return {false, WritebackStrategy::none, QString::fromUtf8(message), failure};
+}
+
+ExternalTextWritebackResult logged(ExternalTextWritebackResult result) {
+    MVPLog::write("Writeback success:", "strategy:", rawValue(result.strategy));
+    return result;
+}
+
+}  // namespace
+
+ExternalTextWritebackResult ExternalTextWriteback::apply(const QString& text,
+                                                         const ExternalTextReadResult& read,
+                                                         bool forceReplaceAll) {
+    MVPLog::write("Writeback requested:", "replacementLength:", Characters::count(text),
+                  "source:", rawValue(read.source), "role:", read.role, "bundle:", read.bundleIdentifier,
+                  "forceReplaceAll:", forceReplaceAll);
+    if (text.isEmpty()) {
+        MVPLog::write("Writeback skipped: empty replacement");
+        return failed(WritebackFailure::emptyReplacement, "Empty replacement");
+    }
+    const bool handedOver =
+        read.requiresClipboardWriteback && clipboard_ != nullptr && clipboard_->write(text, read);
+    if (handedOver) return logged(succeeded(WritebackStrategy::clipboardPaste, "Applied via paste"));
+    if (!read.element) {
+        MVPLog::write("Writeback failed: no AX target element");
+        return failed(WritebackFailure::noWritableTarget, "No target");
+    }
+    if (pasteUsingClipboard(text, read, read.selectedRange, forceReplaceAll))
+        return logged(succeeded(WritebackStrategy::clipboardPaste, "Applied via paste"));
+    if (writeUsingAXValue(text, read.element, read.selectedRange, forceReplaceAll))
+        return logged(succeeded(WritebackStrategy::axValue, "Applied"));
+    MVPLog::write("Writeback failed: all strategies failed");
+    return failed(WritebackFailure::writeFailed, "Write failed");
+}
+
+ExternalTextWritebackResult ExternalTextWriteback::applyVoiceTranscript(const QString& text,
+                                                                        const ExternalTextReadResult& read,
+                                                                        bool forceReplaceAll) {
+    MVPLog::write("Voice writeback requested:", "transcriptLength:", Characters::count(text),
+                  "source:", rawValue(read.source), "forceReplaceAll:", forceReplaceAll);
+    if (text.isEmpty()) return failed(WritebackFailure::emptyReplacement, "Empty transcript");
+    if (!read.element) {
+        if (read.requiresClipboardWriteback && clipboard_ != nullptr && clipboard_->write(text, read))
+            return succeeded(WritebackStrategy::clipboardPaste, "Voice applied via paste");
+        return failed(WritebackFailure::noWritableTarget, "No target for voice writeback");
+    }
+    // Straight to the paste, even when the target asked for the clipboard road: meant so.
+    if (pasteUsingClipboard(text, read, read.selectedRange, forceReplaceAll))
+        return succeeded(WritebackStrategy::clipboardPaste, "Voice applied via paste");
+    if (writeUsingAXValue(text, read.element, read.selectedRange, forceReplaceAll))
+        return succeeded(WritebackStrategy::axValue, "Voice applied");
+    return failed(WritebackFailure::writeFailed, "Voice writeback failed");
+}
+
+bool ExternalTextWriteback::pasteUsingClipboard(const QString& text, const ExternalTextReadResult& read,
+                                                const std::optional<TextRange>& selectedRange,
+                                                bool forceReplaceAll) {
+    const QString range =
+        selectedRange
+            ? QStringLiteral("loc:%1 len:%2").arg(selectedRange->location).arg(selectedRange->length)
+            : QStringLiteral("nil");
+    MVPLog::write("Writeback clipboard paste begin, selectedRange:", range,
+                  "forceReplaceAll:", forceReplaceAll);
+    if (read.processIdentifier) {
+        if (const auto application = workspace_.runningApplication(*read.processIdentifier)) {
+            workspace_.activate(*read.processIdentifier, ActivateOptions::ignoringOtherApps);
+            MVPLog::write("Writeback clipboard paste activated app:", application->localizedName,
+                          "pid:", *read.processIdentifier);
+            waitUntilFrontmost(*read.processIdentifier);
+        }
+    }
+    if (read.element) {
+        accessibility_.setAttributeValue(read.element, AXAttribute::focused, AXValue(true));
+        bool selected = true;
+        if (forceReplaceAll)
+            selected = selectAll(read.element);
+        else if (const auto passage = selection(selectedRange))
+            selected = select(read.element, *passage);
+        // A paste beside the passage it was made from would leave the text there twice.
+        if (!selected) {
+            MVPLog::write("Writeback clipboard paste refused: selection did not take hold");
+            return false;
+        }
+    }
+
+    const PasteboardString before = pasteboard_.string();
+    if (before.status == PasteboardString::Status::unanswered) {
+        // It may hold the user's text and could not be given back, so it is not touched.
+        MVPLog::write("Writeback clipboard paste refused: pasteboard owner does not answer");
+        return false;
+    }
+    // Only the plain string is kept: anything else on the pasteboard is gone from here on.
+    const std::optional<QString> remembered = before.value();
+    pasteboard_.clearContents();
+    const bool offered = pasteboard_.setString(text, PasteboardContent::temporary);
+    ownChangeCount_ = pasteboard_.changeCount();
+    if (offered && postCommandV(text, read)) {
+        scheduleRestore(remembered, text);
+        return true;
+    }
+    // Without a remembered string our text stays, and is what the user is left with: meant so.
+    if (remembered && isStillOurs(text)) giveBack(remembered);
+    MVPLog::write("Writeback clipboard fallback failed: could not post Cmd+V");
+    return false;
+}
+
+void ExternalTextWriteback::waitUntilFrontmost(qint32 processIdentifier) {
+    // Coming to front takes the desktop a moment, and keys posted before that would be refused.
+    for (int i = 0; i < activationChecks; ++i) {
+        const auto frontmost = workspace_.frontmostApplication();
+        if (frontmost && frontmost->processIdentifier == processIdentifier) return;
+        runLoop_.sleepFor(activationCheckInterval);
+    }
+}
+
+bool ExternalTextWriteback::postCommandV(const QString& text, const ExternalTextReadResult& read) {
+    KeyPost chord;
+    chord.keyCode = KeyCode::v;
+    chord.flags = KeyFlags::command;
+    chord.target = {read.processIdentifier, read.targetWindow, read.element};
+    chord.textHasLineBreak = hasLineBreak(text);
+    const PostResult result = keyPoster_.post(chord);
+    if (result)
+        MVPLog::write("Writeback clipboard fallback posted Cmd+V");
+    else
+        MVPLog::write("Writeback Cmd+V refused:", result.refusal);
+    return result.posted;
+}
+
+void ExternalTextWriteback::scheduleRestore(std::optional<QString> remembered, const QString& offered) {
+    // Two writes within the delay stay as they are, and that is meant: the second remembers the first's text
+    // as the user's, and the first's restore may run before the second's paste was taken.
+    const quint64 id = ++lastRestoreId_;
+    Timer timer = runLoop_.after(restoreDelay, [this, id] {
+        const auto found = std::find_if(pendingRestores_.begin(), pendingRestores_.end(),
+                                        [id](const PendingRestore& pending) { return pending.id == id; });
+        if (found == pendingRestores_.end()) return;
+        const PendingRestore pending = std::move(*found);
+        pendingRestores_.erase(found);
+        restore(pending);
+    });
+    pendingRestores_.push_back({id, std::move(remembered), offered, std::move(timer)});
+}
+
+void ExternalTextWriteback::runPendingRestores() {
+    // The newest first: each takes back its own write, so the user's own content comes last and stays.
+    while (!pendingRestores_.empty()) {
+        const PendingRestore pending = std::move(pendingRestores_.back());
+        pendingRestores_.pop_back();
+        restore(pending);
+    }
+}
+
+void ExternalTextWriteback::restore(const PendingRestore& pending) {
+    if (!isStillOurs(pending.offered)) {
+        MVPLog::write("Writeback clipboard restore skipped: pasteboard has newer content");
+        return;
+    }
+    giveBack(pending.remembered);
+    MVPLog::write("Writeback clipboard restored");
+}
+
+bool ExternalTextWriteback::isStillOurs(const QString& offered) const {
+    // Whoever took the pasteboard since our last change of it holds the user's newer copy, and that stays.
+    // Our own text in other hands (a clipboard manager took it over) is still ours to take back.
+    return pasteboard_.changeCount() == ownChangeCount_ || pasteboard_.string().value() == offered;
+}
+
+void ExternalTextWriteback::giveBack(const std::optional<QString>& remembered) {
+    pasteboard_.clearContents();
+    if (remembered) pasteboard_.setString(*remembered, PasteboardContent::lasting);
+    ownChangeCount_ = pasteboard_.changeCount();
+}
+
+bool ExternalTextWriteback::select(const AXElementRef& element, const TextRange& range) {
+    accessibility_.setAttributeValue(element, AXAttribute::selectedTextRange, AXValue(range));
+    return isSelected(element, range);
+}
+
+bool ExternalTextWriteback::isSelected(const AXElementRef& element, const TextRange& range) {
+    return readAttribute<TextRange>(accessibility_, element, AXAttribute::selectedTextRange).value == range;
+}
+
+bool ExternalTextWriteback::selectAll(const AXElementRef& element) {
+    const auto value = readAttribute<QString>(accessibility_, element, AXAttribute::value).value;
+    // A field that cannot be read is pasted into at its caret, although all was to be replaced: meant so.
+    if (!value) return true;
+    const bool selected = select(element, {0, value->size()});
+    MVPLog::write("Writeback selectAll done, length:", value->size());
+    return selected || value->isEmpty();
+}
+
+bool ExternalTextWriteback::writeUsingAXValue(const QString& text, const AXElementRef& element,
+                                              const std::optional<TextRange>& selectedRange,
+                                              bool forceReplaceAll) {
+    const auto passage = forceReplaceAll ? std::nullopt : selection(selectedRange);
+    // Where the passage is not selected (any more), its replacement would land beside it.
+    const bool inPlace = !forceReplaceAll && (!passage || isSelected(element, *passage));
+    if (inPlace && isSettable(element, AXAttribute::selectedText)) {
+        const auto before = readAttribute<QString>(accessibility_, element, AXAttribute::value).value;
+        if (replaceSelection(text, element, selectedRange)) return true;
+        // A write that was said to fail may have landed all the same, and a second one would spoil it.
+        // Applications answer in order: a field that reads as before was not touched.
+        if (before && readAttribute<QString>(accessibility_, element, AXAttribute::value).value != before) {
+            MVPLog::write("Writeback AXValue refused: the field has changed");
+            return false;
+        }
+    }
+    if (!isSettable(element, AXAttribute::value)) return false;
+    if (passage) return replacePassage(text, element, *passage);
+
+    // Also where only a caret stood and everything before this failed: the whole field is replaced, meant so.
+    const AXError error = accessibility_.setAttributeValue(element, AXAttribute::value, AXValue(text));
+    if (error != AXError::success) {
+        MVPLog::write("Writeback AXValue whole set failed:", code(error));
+        return false;
+    }
+    setCursor(element, text.size());
+    return true;
+}
+
+bool ExternalTextWriteback::replaceSelection(const QString& text, const AXElementRef& element,
+                                             const std::optional<TextRange>& selectedRange) {
+    const AXError error = accessibility_.setAttributeValue(element, AXAttribute::selectedText, AXValue(text));
+    if (error != AXError::success) {
+        MVPLog::write("Writeback AXSelectedText failed:", code(error), "falling back to AXValue");
+        return false;
+    }
+    const qint64 cursor = (selectedRange ? selectedRange->location : 0) + text.size();
+    setCursor(element, cursor);
+    MVPLog::write("Writeback AXSelectedText success, cursor:", cursor);
+    return true;
+}
+
+bool ExternalTextWriteback::replacePassage(const QString& text, const AXElementRef& element,
+                                           const TextRange& passage) {
+    auto current = readAttribute<QString>(accessibility_, element, AXAttribute::value);
+    if (!current.value) {
+        MVPLog::write("Writeback AXValue read failed:", code(current.error));
+        return false;
+    }
+    const qint64 length = current.value->size();
+    if (passage.location < 0 || passage.location > length || passage.length > length - passage.location) {
+        MVPLog::write("Writeback AXValue range out of bounds");
+        return false;
+    }
+    current.value->replace(passage.location, passage.length, text);
+    const AXError error =
+        accessibility_.setAttributeValue(element, AXAttribute::value, AXValue(*current.value));
+    if (error != AXError::success) {
+        MVPLog::write("Writeback AXValue set failed:", code(error));
+        return false;
+    }
+    setCursor(element, passage.location + text.size());
+    return true;
+}
+
+bool ExternalTextWriteback::isSettable(const AXElementRef& element, AXAttribute attribute) {
+    const auto settable = accessibility_.isAttributeSettable(element, attribute);
+    return settable.ok() && settable.value;
+}
+
+void ExternalTextWriteback::setCursor(const AXElementRef& element, qint64 location) {
+    const AXError error = accessibility_.setAttributeValue(element, AXAttribute::selectedTextRange,
+                                                           AXValue(TextRange{location, 0}));
+    MVPLog::write("Writeback cursor set:", "location:", location, "error:", code(error));
+}
+
+}  // namespace veltrin

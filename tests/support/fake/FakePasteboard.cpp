@@ -1,0 +1,89 @@
+#include "support/fake/FakePasteboard.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace veltrin {
+namespace {
+constexpr std::size_t historyLimit = 200;
+}  // namespace
+
+void FakePasteboard::take(Offer offer, const char* what) {
+    offer.since = loop_.now();
+    ++changeCount_;
+    log_.add(loop_.now(), what, offer.text.value_or(offer.otherTypes.join(u' ')));
+    history_.push_back(std::move(offer));
+    if (history_.size() > historyLimit) history_.pop_front();
+}
+
+bool FakePasteboard::ownerAnswers() const {
+    const Offer& offer = history_.back();
+    if (offer.owner != Owner::application) return true;
+    return offer.answers && (offer.application == 0 || !answers || answers(offer.application));
+}
+
+PasteboardString FakePasteboard::string() const {
+    if (!ownerAnswers()) {
+        loop_.sleepFor(unansweredCost);
+        return {PasteboardString::Status::unanswered, {}};
+    }
+    const auto& text = history_.back().text;
+    if (!text) return {PasteboardString::Status::none, {}};
+    return {PasteboardString::Status::value, *text};
+}
+
+void FakePasteboard::clearContents() {
+    Offer offer;
+    offer.owner = Owner::program;
+    take(std::move(offer), "pasteboard cleared");
+}
+
+bool FakePasteboard::setString(const QString& text, PasteboardContent content) {
+    if (refusesOwnership) {
+        log_.add(loop_.now(), "pasteboard refused");
+        return false;
+    }
+    Offer offer;
+    offer.owner = Owner::program;
+    offer.text = text;
+    offer.content = content;
+    take(std::move(offer),
+         content == PasteboardContent::temporary ? "pasteboard set temporarily" : "pasteboard set");
+    return true;
+}
+
+void FakePasteboard::copyFrom(qint32 application, const QString& text) {
+    Offer offer;
+    offer.owner = Owner::application;
+    offer.application = application;
+    offer.text = text;
+    take(std::move(offer), "copied");
+}
+
+void FakePasteboard::copyOtherFrom(qint32 application, const QStringList& types) {
+    Offer offer;
+    offer.owner = Owner::application;
+    offer.application = application;
+    offer.otherTypes = types;
+    take(std::move(offer), "copied");
+}
+
+void FakePasteboard::ownerDied(qint32 application) {
+    const Offer& offer = history_.back();
+    if (offer.owner == Owner::application && offer.application == application && application != 0)
+        take({}, "pasteboard owner gone");
+}
+
+std::optional<QString> FakePasteboard::requestedBy(qint32 application, double keyTime) const {
+    const Offer& offer = history_.back();
+    if (offer.owner == Owner::application && offer.application == application) return offer.text;
+    if (!ownerAnswers()) return std::nullopt;
+    if (offer.owner != Owner::program) return offer.text;
+    // Back to the offer that stood at the key, through our own offers only.
+    for (auto past = history_.rbegin(); past != history_.rend() && past->owner == Owner::program; ++past) {
+        if (past->since <= keyTime) return past->text;
+    }
+    return offer.text;
+}
+
+}  // namespace veltrin

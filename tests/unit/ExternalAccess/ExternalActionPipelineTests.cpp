@@ -1,0 +1,521 @@
+#include "Engines/TransformEngineError.h"
+#include "ExternalAccess/ExternalActionPipeline.h"
+#include "LogCapture.h"
+#include "Platform/HttpClient.h"
+
+#include <QRegularExpression>
+
+#include <gtest/gtest.h>
+
+#include <coroutine>
+
+namespace veltrin {
+namespace {
+
+using Action = ExternalGestureAIAction;
+using test::LogCapture;
+
+class SomeElement final : public AXElement {
+public:
+    std::optional<qint32> processIdentifier() const override { return 42; }
+    bool isEqual(const AXElement& other) const override { return this == &other; }
+};
+
+/// A model that answers when it is told to.
+struct Gate {
+    std::coroutine_handle<> waiting;
+    void open() { std::exchange(waiting, nullptr).resume(); }
+};
+
+/// By pointer, since the compiler may copy what is awaited.
+struct GateWait {
+    Gate* gate;
+    bool await_ready() const noexcept { return false; }
+    void await_suspend(std::coroutine_handle<> handle) const noexcept { gate->waiting = handle; }
+    void await_resume() const noexcept {}
+};
+
+/// What the closures of a run are told and what they answer.
+struct World {
+    QStringList events;
+    std::vector<ExpressionRequest> requests;
+    std::vector<ExternalActionFeedback> cards;
+    QString answer = QStringLiteral("  Hello \n");
+    std::exception_ptr failure;
+    Gate* gate = nullptr;
+    bool targetMoved = false;
+    bool force = false;
+    ExternalTextWritebackResult written{true, WritebackStrategy::clipboardPaste,
+                                        QStringLiteral("Applied via paste"), std::nullopt};
+    std::vector<CommandRecommendation> recommendations;
+    std::optional<ExternalAppContext> recommendedFor;
+    QString recommendedContext;
+    std::optional<QString> windowTitle = QStringLiteral("notes");
+};
+
+QCoro::Task<ExpressionResult> express(World* world, ExpressionRequest request) {
+    world->requests.push_back(request);
+    if (world->gate != nullptr) {
+        GateWait wait{world->gate};
+        co_await wait;
+    }
+    if (world->failure) std::rethrow_exception(world->failure);
+    ExpressionResult result;
+    result.sourceText = request.context.text;
+    result.outputText = world->answer;
+    co_return result;
+}
+
+QCoro::Task<std::vector<CommandRecommendation>> recommendations(World* world, QString context,
+                                                                ExternalAppContext application) {
+    world->recommendedContext = context;
+    world->recommendedFor = application;
+    if (world->failure) std::rethrow_exception(world->failure);
+    co_return world->recommendations;
+}
+
+const QRectF anchor(10, 20, 30, 40);
+
+ExternalActionPipeline::Dependencies dependencies(World& world) {
+    const auto channel = [&world](const char* what) {
+        return [&world, what](InteractionSoundChannel on) {
+            world.events << QString::fromUtf8(what) + u' ' + rawValue(on);
+        };
+    };
+    ExternalActionPipeline::Dependencies outside;
+    outside.showState = [&world](ExternalAIActionState state, std::optional<QRectF> at) {
+        EXPECT_EQ(at, anchor);
+        world.events << QStringLiteral("state ") + rawValue(state);
+    };
+    outside.showFeedback = [&world](const ExternalActionFeedback& card, std::optional<QRectF> at) {
+        EXPECT_EQ(at, anchor);
+        world.cards.push_back(card);
+        world.events << QStringLiteral("card");
+    };
+    outside.dismissOverlay = [&world] { world.events << QStringLiteral("dismiss"); };
+    outside.showCopiedResult = [&world](const QString& text, const Action& action) {
+        world.events << QStringLiteral("copied '%1' %2").arg(text, action.logName());
+    };
+    outside.shouldCopyInstead = [&world](const WritebackTargetSnapshot& snapshot) {
+        world.events << QStringLiteral("check ") +
+                            snapshot.focusedWindowTitle.value_or(QStringLiteral("nil"));
+        return world.targetMoved;
+    };
+    outside.writeback = [&world](const QString& text, const ExternalTextReadResult&, bool force) {
+        world.events << QStringLiteral("write '%1' %2").arg(text, force ? u"all" : u"part");
+        return world.written;
+    };
+    outside.forceReplaceAll = [&world](const Action&, const ExternalTextReadResult&) { return world.force; };
+    outside.recordSuccess = [&world](const Action& action, const ExternalTextReadResult&) {
+        world.events << QStringLiteral("behaviour ") + action.logName();
+    };
+    outside.runExpression = [&world](ExpressionRequest request) {
+        return express(&world, std::move(request));
+    };
+    outside.focusedWindowTitle = [&world](std::optional<qint32>) { return world.windowTitle; };
+    outside.translationTargetLanguage = [] { return QStringLiteral("ja"); };
+    outside.recordMemoryEvent = [&world](const ExpressionResult& result, bool succeeded) {
+        world.events
+            << QStringLiteral("memory '%1' %2").arg(result.outputText.trimmed(), succeeded ? u"yes" : u"no");
+    };
+    outside.recommendCommands = [&world](QString context, ExternalAppContext application) {
+        return recommendations(&world, std::move(context), std::move(application));
+    };
+    outside.recordCommandUsed = [&world](const CommandRecommendation& each, const QString& appName) {
+        world.events << QStringLiteral("used ") + each.command + u' ' + appName;
+    };
+    outside.startThinking = channel("thinking");
+    outside.playCompletion = channel("completed");
+    outside.playCancel = channel("cancelled");
+    return outside;
+}
+
+ExternalTextSession session(const QString& text) {
+    ExternalTextSession session;
+    session.readResult.source = ExternalTextReadResult::Source::value;
+    session.readResult.text = text;
+    session.readResult.fullText = text;
+    session.readResult.frontmostAppName = QStringLiteral("Editor");
+    session.readResult.bundleIdentifier = QStringLiteral("org.editor");
+    session.readResult.processIdentifier = 42;
+    session.readResult.element = std::make_shared<SomeElement>();
+    session.readResult.textContext =
+        ExternalTextContext::build(text, std::nullopt, std::nullopt, ExternalTextContext::standardBudget);
+    session.anchor = anchor;
+    return session;
+}
+
+/// Runs to the end; with a gate, to the gate.
+void run(World& world, const Action& action, const ExternalTextSession& of) {
+    const ExternalActionPipeline pipeline(dependencies(world));
+    auto task = pipeline.run(action, of);
+}
+
+const QString source = QStringLiteral("你好");
+
+QStringList list(std::initializer_list<const char*> items) {
+    QStringList all;
+    for (const char* item : items)
+        all << QString::fromUtf8(item);
+    return all;
+}
+
+TEST(ExternalActionPipeline, aTranslationIsWrittenBackAndRemembered) {
+    World world;
+    LogCapture log;
+    run(world, Action::translate(), session(source));
+    EXPECT_EQ(world.events,
+              list({"thinking translate", "state translating", "check notes", "write 'Hello' part",
+                    "behaviour translate", "memory 'Hello' yes", "dismiss", "completed translate"}));
+    ASSERT_EQ(world.requests.size(), 1U);
+    const ExpressionRequest& request = world.requests.front();
+    EXPECT_EQ(request.trigger, ExpressionTrigger::translate);
+    EXPECT_EQ(request.targetLanguage, QStringLiteral("ja"));
+    EXPECT_TRUE(request.requiresTransform);
+    EXPECT_EQ(request.context.fullText, source);
+    EXPECT_EQ(request.context.text, source);
+    EXPECT_EQ(request.context.appName, QStringLiteral("Editor"));
+    EXPECT_EQ(request.context.bundleIdentifier, QStringLiteral("org.editor"));
+    EXPECT_FALSE(request.optimizeMode);
+    EXPECT_FALSE(request.mode);
+
+    const QStringList lines = log.lines();
+    ASSERT_EQ(lines.size(), 5);
+    const QRegularExpression started(QStringLiteral(
+        "^ActionPipeline started: id: ([0-9a-fA-F]{8}) action: translate source: value length: 2$"));
+    const auto match = started.match(lines[0]);
+    ASSERT_TRUE(match.hasMatch()) << test::shown(lines[0]);
+    const QString id = match.captured(1);
+    EXPECT_EQ(lines[1], QStringLiteral("ActionPipeline completed: id: %1 action: translate inputLength: 2 "
+                                       "outputLength: 5")
+                            .arg(id));
+    EXPECT_EQ(lines[2],
+              QStringLiteral("AI action completed: action: translate inputLength: 2 outputLength: 5"));
+    EXPECT_EQ(lines[3],
+              QStringLiteral("ActionPipeline writeback: id: %1 action: translate forceReplaceAll: "
+                             "false success: true strategy: clipboardPaste message: Applied via paste")
+                  .arg(id));
+    EXPECT_EQ(lines[4],
+              QStringLiteral("AI action direct writeback: action: translate success: true strategy: "
+                             "clipboardPaste message: Applied via paste"));
+}
+
+TEST(ExternalActionPipeline, theSurroundingsOfASelectionTravelWithTheRequest) {
+    World world;
+    world.force = true;
+    ExternalTextSession of = session(QStringLiteral("two"));
+    of.readResult.fullText = QStringLiteral("one two three");
+    of.readResult.textContext = ExternalTextContext::build(
+        of.readResult.fullText, QStringLiteral("two"), TextRange{4, 3}, ExternalTextContext::standardBudget);
+    run(world, Action::optimize(ExternalOptimizeMode::outputFormat), of);
+    ASSERT_EQ(world.requests.size(), 1U);
+    EXPECT_EQ(world.requests[0].trigger, ExpressionTrigger::optimize);
+    EXPECT_EQ(world.requests[0].optimizeMode, OptimizeCompileMode::outputFormat);
+    EXPECT_FALSE(world.requests[0].targetLanguage);
+    EXPECT_EQ(world.requests[0].context.contextBefore, QStringLiteral("one"));
+    EXPECT_EQ(world.requests[0].context.contextAfter, QStringLiteral("three"));
+    EXPECT_EQ(world.events,
+              list({"thinking optimize", "state optimizing", "check notes", "write 'Hello' all",
+                    "behaviour optimize(4)", "memory 'Hello' yes", "dismiss", "completed optimize"}));
+}
+
+TEST(ExternalActionPipeline, aShortcutActionBringsItsAgentAndItsSlotCountedFromOne) {
+    World world;
+    run(world,
+        Action::memoryAction(
+            {QStringLiteral("口语化"), QStringLiteral("说人话"), QStringLiteral("改得口语一些")}, 1),
+        session(source));
+    ASSERT_EQ(world.requests.size(), 1U);
+    EXPECT_EQ(world.requests[0].trigger, ExpressionTrigger::shortcut);
+    ASSERT_TRUE(world.requests[0].mode);
+    EXPECT_EQ(world.requests[0].mode->name, QStringLiteral("口语化"));
+    EXPECT_EQ(world.requests[0].mode->slot, 2);
+    ASSERT_TRUE(world.requests[0].mode->agentSpec);
+    EXPECT_EQ(world.requests[0].mode->agentSpec->name, QStringLiteral("口语化"));
+    EXPECT_TRUE(world.events.contains(QStringLiteral("behaviour memoryAction(口语化,slot:2)")));
+    EXPECT_TRUE(world.events.contains(QStringLiteral("completed optimize")));
+}
+
+TEST(ExternalActionPipeline, aReadOfBlanksIsSkippedWithoutASound) {
+    World world;
+    LogCapture log;
+    run(world, Action::translate(), session(QStringLiteral("  \n ")));
+    EXPECT_EQ(world.events, list({"card"}));
+    ASSERT_EQ(world.cards.size(), 1U);
+    EXPECT_EQ(world.cards[0].title, QStringLiteral("没有读到可处理的文本"));
+    EXPECT_EQ(world.cards[0].detail,
+              QStringLiteral("请先点进真实的可编辑文本框，或选中一段文字后再触发 Veltrin。"));
+    EXPECT_EQ(world.cards[0].suggestion,
+              QStringLiteral("如果是在网页或 Electron 应用里，先用鼠标点击输入区，再重试一次。"));
+    EXPECT_FALSE(world.cards[0].copyableText);
+    EXPECT_FALSE(world.cards[0].primaryActionTitle);
+    EXPECT_TRUE(log.has(QStringLiteral("AI action skipped: no readable external text action: translate")));
+    EXPECT_TRUE(
+        log.hasStartingWith(QStringLiteral("ActionPipeline skipped: no readable external text id: ")));
+}
+
+TEST(ExternalActionPipeline, aReadWithoutATargetOffersItsTextForCopying) {
+    World world;
+    LogCapture log;
+    ExternalTextSession of = session(source);
+    of.readResult.element = nullptr;
+    run(world, Action::translate(), of);
+    EXPECT_EQ(world.events, list({"card"}));
+    ASSERT_EQ(world.cards.size(), 1U);
+    EXPECT_EQ(world.cards[0].title, QStringLiteral("没有识别到可替换的文本框"));
+    EXPECT_EQ(world.cards[0].detail, QStringLiteral("当前内容可以读取，但目标区域不支持自动替换。"));
+    EXPECT_EQ(world.cards[0].suggestion,
+              QStringLiteral("你可以复制当前读取到的内容，或先点进可编辑文本框后再试。"));
+    EXPECT_EQ(world.cards[0].copyableText, source);
+    EXPECT_EQ(world.cards[0].primaryActionTitle, QStringLiteral("复制内容"));
+    EXPECT_TRUE(log.has(QStringLiteral("AI action skipped: no writable target action: translate")));
+    EXPECT_TRUE(log.hasStartingWith(QStringLiteral("ActionPipeline skipped: no writable target id: ")));
+}
+
+TEST(ExternalActionPipeline, aReadByTheClipboardNeedsNoElement) {
+    World world;
+    ExternalTextSession of = session(source);
+    of.readResult.element = nullptr;
+    of.readResult.requiresClipboardWriteback = true;
+    run(world, Action::translate(), of);
+    EXPECT_TRUE(world.events.contains(QStringLiteral("write 'Hello' part")));
+}
+
+TEST(ExternalActionPipeline, aTargetThatMovedGetsNothingAndTheUserACopy) {
+    World world;
+    world.targetMoved = true;
+    LogCapture log;
+    run(world, Action::translate(), session(source));
+    EXPECT_EQ(world.events,
+              list({"thinking translate", "state translating", "check notes", "copied 'Hello' translate",
+                    "behaviour translate", "memory 'Hello' no", "completed translate"}));
+    EXPECT_TRUE(log.lines().last().contains(
+        QStringLiteral(" action: translate target: pid:42 bundle:org.editor role:unknown source:value "
+                       "clipboard:false element:ax window:notes signature:2:你好:你好")));
+    EXPECT_TRUE(log.hasStartingWith(
+        QStringLiteral("AI action target changed before writeback; copying result instead: id: ")));
+}
+
+TEST(ExternalActionPipeline, aWriteThatFailsLeavesACopyAndStillSoundsCompleted) {
+    World world;
+    world.written = {false, WritebackStrategy::none, QStringLiteral("Write failed"),
+                     WritebackFailure::writeFailed};
+    LogCapture log;
+    run(world, Action::translate(), session(source));
+    EXPECT_EQ(world.events,
+              list({"thinking translate", "state translating", "check notes", "write 'Hello' part", "dismiss",
+                    "copied 'Hello' translate", "memory 'Hello' no", "completed translate"}));
+    EXPECT_TRUE(
+        log.has(QStringLiteral("AI action direct writeback: action: translate success: false strategy: "
+                               "none message: Write failed")));
+    const QString last = log.lines().last();
+    EXPECT_TRUE(last.startsWith(QStringLiteral("AI action writeback failed; copying result instead: id: ")));
+    EXPECT_TRUE(last.endsWith(QStringLiteral(" action: translate reason: writeFailed")));
+}
+
+TEST(ExternalActionPipeline, everyWritebackFailureHasItsWord) {
+    for (const auto failure : allCases<WritebackFailure>()) {
+        World world;
+        world.written = {false, WritebackStrategy::none, QString(), failure};
+        LogCapture log;
+        run(world, Action::translate(), session(source));
+        EXPECT_TRUE(log.lines().last().endsWith(QStringLiteral("reason: ") + rawValue(failure)));
+    }
+    World world;
+    world.written = {false, WritebackStrategy::none, QStringLiteral("AppDelegate unavailable"), std::nullopt};
+    LogCapture log;
+    run(world, Action::translate(), session(source));
+    EXPECT_TRUE(log.lines().last().endsWith(QStringLiteral("reason: unknown")));
+}
+
+/// What every failed run of an action shows after the model was asked.
+QStringList failedEvents(const char* channel, const char* state) {
+    return {QStringLiteral("thinking ") + QString::fromUtf8(channel),
+            QStringLiteral("state ") + QString::fromUtf8(state), QStringLiteral("dismiss"),
+            QStringLiteral("card"), QStringLiteral("cancelled ") + QString::fromUtf8(channel)};
+}
+
+TEST(ExternalActionPipeline, anAnswerOfBlanksOffersTheSourceForCopying) {
+    World world;
+    world.answer = QStringLiteral(" \n\t");
+    LogCapture log;
+    run(world, Action::optimize(ExternalOptimizeMode::refine), session(source));
+    EXPECT_EQ(world.events, failedEvents("optimize", "optimizing"));
+    ASSERT_EQ(world.cards.size(), 1U);
+    EXPECT_EQ(world.cards[0].title, QStringLiteral("优化失败"));
+    EXPECT_EQ(world.cards[0].detail, QStringLiteral("模型没有返回可用内容。"));
+    EXPECT_EQ(world.cards[0].suggestion, QStringLiteral("请重试，或在设置里换一个更稳定的模型。"));
+    EXPECT_EQ(world.cards[0].copyableText, source);
+    EXPECT_EQ(world.cards[0].primaryActionTitle, QStringLiteral("复制原文"));
+    EXPECT_TRUE(log.has(QStringLiteral("AI action failed: empty output action: optimize(1)")));
+    EXPECT_TRUE(log.hasStartingWith(QStringLiteral("ActionPipeline failed: empty output id: ")));
+}
+
+TEST(ExternalActionPipeline, anEmptyInputHasItsOwnCard) {
+    World world;
+    world.failure = std::make_exception_ptr(ExternalAIActionError(ExternalAIActionError::Kind::emptyInput));
+    LogCapture log;
+    run(world, Action::translate(), session(source));
+    EXPECT_EQ(world.events, failedEvents("translate", "translating"));
+    ASSERT_EQ(world.cards.size(), 1U);
+    EXPECT_EQ(world.cards[0].title, QStringLiteral("没有读到可处理的文本"));
+    EXPECT_EQ(world.cards[0].detail, QStringLiteral("Veltrin 没有从当前 App 读取到文字。"));
+    EXPECT_EQ(world.cards[0].suggestion, QStringLiteral("请先选中文字，或把光标放进可编辑文本框后重试。"));
+    EXPECT_FALSE(world.cards[0].copyableText);
+    EXPECT_TRUE(log.has(QStringLiteral("AI action failed: empty input action: translate")));
+    EXPECT_TRUE(log.hasStartingWith(QStringLiteral("ActionPipeline failed: empty input id: ")));
+}
+
+TEST(ExternalActionPipeline, anAnswerThatBreaksItsContractIsNeverWritten) {
+    struct Row {
+        TransformEngineError::Kind kind;
+        const char* first;
+        const char* second;
+    };
+    const Row rows[] = {
+        {TransformEngineError::Kind::contractRejected,
+         "AI action output contract rejected:", " contractRejected: "},
+        {TransformEngineError::Kind::contractNeedsRepair,
+         "AI action output contract repair requested:", " contractNeedsRepair: "},
+    };
+    for (const Row& row : rows) {
+        for (const auto violation : allCases<OutputContractViolation>()) {
+            World world;
+            const TransformEngineError error(row.kind, violation);
+            world.failure = std::make_exception_ptr(error);
+            LogCapture log;
+            run(world, Action::translate(), session(source));
+            EXPECT_EQ(world.events, failedEvents("translate", "translating"));
+            ASSERT_EQ(world.cards.size(), 1U);
+            EXPECT_EQ(world.cards[0], ExternalActionFeedback::message(error, QStringLiteral("翻译失败")));
+            EXPECT_TRUE(log.has(QString::fromUtf8(row.first) + QStringLiteral(" action: translate reason: ") +
+                                rawValue(violation)));
+            EXPECT_TRUE(log.lines().last().startsWith(QStringLiteral("ActionPipeline failed: id: ")));
+            EXPECT_TRUE(log.lines().last().endsWith(QStringLiteral("action: translate") +
+                                                    QString::fromUtf8(row.second) + rawValue(violation)));
+        }
+    }
+}
+
+TEST(ExternalActionPipeline, anyOtherErrorIsExplainedByItsKind) {
+    World world;
+    world.failure = std::make_exception_ptr(UrlError(UrlError::timedOut, QStringLiteral("slow")));
+    LogCapture log;
+    run(world, Action::translate(), session(source));
+    EXPECT_EQ(world.events, failedEvents("translate", "translating"));
+    ASSERT_EQ(world.cards.size(), 1U);
+    EXPECT_EQ(world.cards[0].title, QStringLiteral("翻译失败"));
+    EXPECT_EQ(world.cards[0].detail, QStringLiteral("模型请求超时，当前服务响应太慢或文本较长。"));
+    EXPECT_TRUE(log.has(QStringLiteral("AI action failed: action: translate slow")));
+    EXPECT_TRUE(log.lines().last().endsWith(QStringLiteral("action: translate slow")));
+}
+
+TEST(ExternalActionPipeline, evenAnErrorOfNoKnownKindDoesNotEscape) {
+    World world;
+    world.failure = std::make_exception_ptr(7);
+    run(world, Action::translate(), session(source));
+    ASSERT_EQ(world.cards.size(), 1U);
+    EXPECT_EQ(world.cards[0].detail, QStringLiteral("请求失败，但没有返回明确原因。"));
+    EXPECT_EQ(world.events.last(), QStringLiteral("cancelled translate"));
+}
+
+TEST(ExternalActionPipeline, recommendationsAreRecordedOneByOneAndWrittenWithoutAMemory) {
+    World world;
+    world.windowTitle = QStringLiteral("repo - Cursor");
+    world.recommendations = {
+        {QStringLiteral("/help"), QStringLiteral("slash-command"), QStringLiteral("获取帮助"),
+         QStringLiteral("high")},
+        {QStringLiteral("loop"), QStringLiteral("skill"), QStringLiteral("重复"), QStringLiteral("medium")}};
+    run(world, Action::commandRecommend(), session(source));
+    EXPECT_EQ(world.events,
+              list({"thinking optimize", "state optimizing", "used /help Editor", "used loop Editor",
+                    "check repo - Cursor", "write '★ /help — 获取帮助\n☆ loop — 重复' part",
+                    "behaviour commandRecommend", "dismiss", "completed optimize"}));
+    EXPECT_EQ(world.recommendedContext, session(source).readResult.textContext.promptBlock());
+    ASSERT_TRUE(world.recommendedFor);
+    EXPECT_EQ(world.recommendedFor->appName, QStringLiteral("Editor"));
+    EXPECT_EQ(world.recommendedFor->windowTitle, QStringLiteral("repo - Cursor"));
+    EXPECT_TRUE(world.recommendedFor->sceneHint.startsWith(QStringLiteral("开发工具场景")));
+}
+
+TEST(ExternalActionPipeline, withoutRecommendationsTheEmptyTextGoesToTheTargetStep) {
+    World world;
+    run(world, Action::commandRecommend(), session(source));
+    EXPECT_TRUE(world.events.contains(QStringLiteral("write '' part")));
+    EXPECT_TRUE(world.cards.empty());
+}
+
+TEST(ExternalActionPipeline, aRecommenderThatIsNotThereFailsWithWords) {
+    World world;
+    auto outside = dependencies(world);
+    outside.recommendCommands = nullptr;
+    const ExternalActionPipeline pipeline(outside);
+    auto task = pipeline.run(Action::commandRecommend(), session(source));
+    ASSERT_EQ(world.cards.size(), 1U);
+    EXPECT_EQ(world.cards[0].title, QStringLiteral("推荐失败"));
+    EXPECT_EQ(world.cards[0].detail, QStringLiteral("命令推荐功能当前不可用。"));
+    EXPECT_EQ(world.events.last(), QStringLiteral("cancelled optimize"));
+}
+
+TEST(ExternalActionPipeline, whatIsOptionalMayBeLeftOut) {
+    World world;
+    auto outside = dependencies(world);
+    outside.recordSuccess = nullptr;
+    outside.recordMemoryEvent = nullptr;
+    outside.startThinking = nullptr;
+    outside.playCompletion = nullptr;
+    outside.playCancel = nullptr;
+    const ExternalActionPipeline pipeline(outside);
+    auto task = pipeline.run(Action::translate(), session(source));
+    EXPECT_EQ(world.events, list({"state translating", "check notes", "write 'Hello' part", "dismiss"}));
+}
+
+TEST(ExternalActionPipeline, aRunOutlivesItsPipelineAndItsCaller) {
+    World world;
+    Gate gate;
+    world.gate = &gate;
+    run(world, Action::translate(), session(source));  // pipeline, task and session are gone behind this line
+    EXPECT_EQ(world.events, list({"thinking translate", "state translating"}));
+    ASSERT_TRUE(gate.waiting);
+    gate.open();
+    EXPECT_EQ(world.events.last(), QStringLiteral("completed translate"));
+    EXPECT_TRUE(world.events.contains(QStringLiteral("write 'Hello' part")));
+}
+
+TEST(ExternalActionPipeline, theSnapshotIsTakenBeforeTheModelIsAsked) {
+    World world;
+    Gate gate;
+    world.gate = &gate;
+    run(world, Action::translate(), session(source));
+    world.windowTitle = QStringLiteral("another window");
+    gate.open();
+    EXPECT_TRUE(world.events.contains(QStringLiteral("check notes")));
+}
+
+TEST(ExternalActionPipeline, runsThatOverlapKeepApart) {
+    World first;
+    World second;
+    Gate gate;
+    first.gate = &gate;
+    first.answer = QStringLiteral("one");
+    second.answer = QStringLiteral("two");
+    run(first, Action::translate(), session(source));
+    run(second, Action::optimize(ExternalOptimizeMode::refine), session(QStringLiteral("other")));
+    gate.open();
+    EXPECT_TRUE(first.events.contains(QStringLiteral("write 'one' part")));
+    EXPECT_TRUE(second.events.contains(QStringLiteral("write 'two' part")));
+}
+
+TEST(ExternalActionPipeline, marksRecommendationsByConfidence) {
+    const auto row = [](const char16_t* confidence) {
+        return CommandRecommendation{
+            QStringLiteral("c"), {}, QStringLiteral("e"), QString::fromUtf16(confidence)};
+    };
+    EXPECT_EQ(
+        ExternalActionPipeline::formatRecommendations({row(u"high"), row(u"medium"), row(u"low"), row(u"")}),
+        QStringLiteral("★ c — e\n☆ c — e\n· c — e\n· c — e"));
+    EXPECT_EQ(ExternalActionPipeline::formatRecommendations({}), QString());
+}
+
+}  // namespace
+}  // namespace veltrin
