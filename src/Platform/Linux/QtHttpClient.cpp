@@ -70,9 +70,42 @@ using Reply = std::unique_ptr<QNetworkReply, DeleteLater>;
 struct Watch {
     int stoppedBy = 0;  ///< the code of our own reason to abort
     QList<QSslError> sslErrors;
+    bool sentTwice = false;  ///< Qt began to send the request again
 };
 
-Reply send(QNetworkAccessManager& manager, const HttpRequest& request) {
+/// A request's body that can be read once only. Qt sends a request again, up to twice, when the connection
+/// ends before the answer; with a body that it cannot read again it gives up instead. A prompt must not be
+/// paid for three times.
+class Body final : public QIODevice {
+public:
+    Body(QByteArray bytes, std::shared_ptr<Watch> watch)
+        : bytes_(std::move(bytes)), watch_(std::move(watch)) {
+        open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+    }
+    bool isSequential() const override { return true; }
+    bool reset() override {
+        watch_->sentTwice = true;
+        return true;  // a refusal would also hide where a redirection leads to
+    }
+    qint64 bytesAvailable() const override { return bytes_.size() - read_; }
+
+protected:
+    qint64 readData(char* data, qint64 maximum) override {
+        if (watch_->sentTwice) return -1;
+        const qint64 count = std::min<qint64>(maximum, bytes_.size() - read_);
+        std::copy_n(bytes_.constData() + read_, count, data);
+        read_ += count;
+        return count == 0 && maximum > 0 ? -1 : count;
+    }
+    qint64 writeData(const char*, qint64) override { return -1; }
+
+private:
+    const QByteArray bytes_;
+    qint64 read_ = 0;
+    const std::shared_ptr<Watch> watch_;
+};
+
+Reply send(QNetworkAccessManager& manager, const HttpRequest& request, const std::shared_ptr<Watch>& watch) {
     QNetworkRequest wire(request.url);
     wire.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
     wire.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
@@ -82,12 +115,16 @@ Reply send(QNetworkAccessManager& manager, const HttpRequest& request) {
     for (const auto& [name, value] : request.headers)
         wire.setRawHeader(name, value);
     if (request.method == "GET") return Reply(manager.get(wire));
-    if (request.method == "POST") return Reply(manager.post(wire, request.body));
-    return Reply(manager.sendCustomRequest(wire, request.method, request.body));
+    if (request.body.isEmpty()) return Reply(manager.sendCustomRequest(wire, request.method, request.body));
+    wire.setHeader(QNetworkRequest::ContentLengthHeader, request.body.size());
+    wire.setAttribute(QNetworkRequest::DoNotBufferUploadDataAttribute, true);
+    auto body = std::make_unique<Body>(request.body, watch);
+    Reply reply(manager.sendCustomRequest(wire, request.method, body.get()));
+    body.release()->setParent(reply.get());
+    return reply;
 }
 
-std::shared_ptr<Watch> watch(QNetworkReply* reply, const QDeadlineTimer& deadline) {
-    auto watch = std::make_shared<Watch>();
+void observe(QNetworkReply* reply, const std::shared_ptr<Watch>& watch, const QDeadlineTimer& deadline) {
     const auto stop = [reply, watch](int code) {
         if (reply->isFinished()) return;
         watch->stoppedBy = code;
@@ -101,7 +138,6 @@ std::shared_ptr<Watch> watch(QNetworkReply* reply, const QDeadlineTimer& deadlin
     QObject::connect(qApp, &QCoreApplication::aboutToQuit, reply, [stop] { stop(UrlError::cancelled); });
     const auto left = std::clamp<qint64>(deadline.remainingTime(), 0, std::numeric_limits<int>::max());
     QTimer::singleShot(static_cast<int>(left), Qt::PreciseTimer, reply, [stop] { stop(UrlError::timedOut); });
-    return watch;
 }
 
 int effectivePort(const QUrl& url) {
@@ -138,6 +174,8 @@ HttpResponse answer(QNetworkReply& reply, const Watch& watch) {
     // Qt reports an HTTP error status as an error too; those of the transport have the low numbers.
     const bool ofTransport =
         error < QNetworkReply::ProxyConnectionRefusedError || error == QNetworkReply::ProtocolFailure;
+    if (error == QNetworkReply::UnknownNetworkError && watch.sentTwice)
+        throw UrlErrorCodes::errorOf(UrlError::networkConnectionLost);
     if (error != QNetworkReply::NoError && (ofTransport || status.toInt() < 400))
         throw UrlErrorCodes::errorOf(UrlErrorCodes::codeOf(error, watch.sslErrors));
     HttpResponse response;
@@ -152,12 +190,13 @@ QCoro::Task<HttpResponse> roundTrip(std::shared_ptr<QNetworkAccessManager> manag
     const auto milliseconds = static_cast<qint64>(std::clamp(request.timeout, 0.0, 1e6) * 1e3);
     const QDeadlineTimer deadline(milliseconds, Qt::PreciseTimer);
     for (int hop = 0; hop <= maximumRedirections; ++hop) {
-        const Reply reply = send(*manager, request);
+        const auto watch = std::make_shared<Watch>();
+        const Reply reply = send(*manager, request, watch);
         QNetworkReply* waited = reply.get();
-        const auto watched = watch(waited, deadline);
+        observe(waited, watch, deadline);
         co_await waited;
         auto next = redirected(*waited, request);
-        if (!next) co_return answer(*waited, *watched);
+        if (!next) co_return answer(*waited, *watch);
         request = std::move(*next);
     }
     throw UrlErrorCodes::errorOf(UrlError::httpTooManyRedirects);

@@ -10,7 +10,7 @@
 
 #include <sys/socket.h>
 
-#include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <ctime>
 #include <deque>
@@ -162,13 +162,7 @@ public:
         const std::lock_guard lock(mutex_);
         requests_.clear();
     }
-    int openConnections() {
-        int open = 0;
-        inThread([this, &open] {
-            open = static_cast<int>(listener_->findChildren<Connection*>(Qt::FindDirectChildrenOnly).size());
-        });
-        return open;
-    }
+    int openConnections() const { return open_; }
 
 private:
     void inThread(const std::function<void()>& action) {
@@ -179,9 +173,11 @@ private:
         listener_ = std::make_unique<QTcpServer>();
         QObject::connect(listener_.get(), &QTcpServer::newConnection, listener_.get(), [this] {
             while (QTcpSocket* socket = listener_->nextPendingConnection()) {
-                new Connection(
-                    socket, ++connections_,
-                    [this](ServiceRequest request) { return answer(std::move(request)); }, listener_.get());
+                auto answerer = [this](ServiceRequest request) { return answer(std::move(request)); };
+                const auto* connection =
+                    new Connection(socket, ++connections_, std::move(answerer), listener_.get());
+                ++open_;
+                QObject::connect(connection, &QObject::destroyed, [this] { --open_; });
             }
         });
         if (listener_->listen(QHostAddress::LocalHost, port)) port_ = listener_->serverPort();
@@ -215,6 +211,7 @@ private:
     std::unique_ptr<QTcpServer> listener_;  // lives on the thread
     int connections_ = 0;
     quint16 port_ = 0;
+    std::atomic<int> open_ = 0;
 
     mutable std::mutex mutex_;  // guards what follows
     std::deque<ServiceBehaviour> queue_;
