@@ -1,0 +1,161 @@
+// The whole program on a desktop of its own, measured from outside: from the last tap to the request on the
+// wire, from the answer to the text in the field, and its processor time and memory at rest.
+//
+//   veltrin_road_bench --program FILE [--rounds N] [--check]
+//
+// With --check it ends with 1 when a limit is exceeded.
+#include "support/desktop/AtSpiProbe.h"
+#include "support/desktop/Program.h"
+#include "support/desktop/RealDesktop.h"
+#include "support/desktop/Typist.h"
+#include "support/desktop/Waiting.h"
+#include "support/service/ModelService.h"
+#include "support/service/ServiceBehaviours.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <exception>
+#include <fstream>
+#include <sstream>
+#include <vector>
+
+namespace veltrin {
+namespace {
+
+constexpr double tapHold = 0.03;
+
+struct Limit {
+    const char* name;
+    double value;
+    double limit;
+    const char* unit;
+};
+
+double median(std::vector<double> values) {
+    if (values.empty()) return 1e9;
+    std::sort(values.begin(), values.end());
+    return values[values.size() / 2];
+}
+
+/// Processor seconds that a process has used so far.
+double processorSeconds(pid_t process) {
+    std::ifstream file("/proc/" + std::to_string(process) + "/stat");
+    std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+    std::istringstream rest(text.substr(text.rfind(')') + 2));
+    std::string skipped;
+    for (int i = 0; i < 11; ++i)
+        rest >> skipped;
+    double user = 0;
+    double system = 0;
+    rest >> user >> system;
+    return (user + system) / static_cast<double>(sysconf(_SC_CLK_TCK));
+}
+
+double residentMegabytes(pid_t process) {
+    std::ifstream file("/proc/" + std::to_string(process) + "/status");
+    for (std::string line; std::getline(file, line);) {
+        if (line.rfind("VmRSS:", 0) == 0) return std::stod(line.substr(6)) / 1024;
+    }
+    return 1e9;
+}
+
+class Bench {
+public:
+    explicit Bench(QString program) : program_(std::move(program)) {}
+
+    std::vector<Limit> run(int rounds) {
+        service_.setDefault(ServiceBehaviours::success(QStringLiteral("Done.")));
+        writePreferences();
+        Program veltrin(desktop_,
+                        {program_, QStringLiteral("--log-file"), desktop_.file(QStringLiteral("log"))});
+        if (!waitUntil(20,
+                       [&] { return veltrin.output().contains("SpaceGestureEngine started successfully"); }))
+            throw std::runtime_error("the program did not start");
+        Program editor = Program::mousepad(desktop_);
+        AtSpiProbe atspi(desktop_);
+        const ProbedField field = atspi.waitForField(editor);
+        Typist typist(desktop_);
+
+        std::vector<double> toWire;
+        std::vector<double> toText;
+        for (int round = 0; round < rounds; ++round)
+            oneRound(round, atspi, field, typist, toWire, toText);
+
+        // At rest: the last pill is gone and the clipboard is back.
+        typist.pause(3);
+        const double used = processorSeconds(veltrin.pid());
+        typist.pause(5);
+        const double idle = (processorSeconds(veltrin.pid()) - used) / 5 * 100;
+        return {{"third key-up to the request on the wire, median", median(toWire) * 1000, 100, "ms"},
+                {"answer to the text visible in the field, median", median(toText) * 1000, 60, "ms"},
+                {"processor at rest", idle, 1, "% of a core"},
+                {"resident memory, no window open", residentMegabytes(veltrin.pid()), 60, "MB"}};
+    }
+
+private:
+    void oneRound(int round, AtSpiProbe& atspi, const ProbedField& field, Typist& typist,
+                  std::vector<double>& toWire, std::vector<double>& toText) {
+        const QString answer = QStringLiteral("Round %1 is translated.").arg(round);
+        double answered = 0;
+        service_.setDefault([&answered, answer](const ServiceRequest& request) {
+            answered = monotonicSeconds();
+            return ServiceBehaviours::success(answer)(request);
+        });
+        service_.forget();
+        typist.chord(QStringLiteral("Ctrl+a"));
+        typist.type(QStringLiteral("sentence %1").arg(round));
+        typist.pause(0.5);
+        const auto taps = typist.tapSpace(3, 0.1, tapHold);
+        const QString shown = atspi.waitForText(field, answer, 5);
+        const double visible = monotonicSeconds();
+        if (shown != answer) throw std::runtime_error("a round was not translated: " + shown.toStdString());
+        toWire.push_back(service_.requests().front().arrival - (taps.back() + tapHold));
+        toText.push_back(visible - answered);
+        typist.pause(0.8);
+    }
+
+    void writePreferences() {
+        const QString folder = desktop_.configHome() + QStringLiteral("/Veltrin");
+        QDir().mkpath(folder);
+        QFile file(folder + QStringLiteral("/preferences.json"));
+        if (!file.open(QIODevice::WriteOnly)) throw std::runtime_error("no preferences");
+        file.write(Json(Json::Object{{QStringLiteral("ollama_endpoint"), service_.url()}}).serialized(2));
+    }
+
+    QString program_;
+    RealDesktop desktop_;
+    ModelService service_;
+};
+
+}  // namespace
+}  // namespace veltrin
+
+int main(int argc, char** argv) {
+    const QCoreApplication application(argc, argv);
+    QCommandLineParser parser;
+    const QCommandLineOption program(QStringLiteral("program"), {}, QStringLiteral("file"));
+    const QCommandLineOption rounds(QStringLiteral("rounds"), {}, QStringLiteral("count"),
+                                    QStringLiteral("20"));
+    const QCommandLineOption check(QStringLiteral("check"));
+    parser.addOptions({program, rounds, check});
+    parser.process(application);
+    try {
+        bool kept = true;
+        for (const auto& [name, value, limit, unit] :
+             veltrin::Bench(parser.value(program)).run(parser.value(rounds).toInt())) {
+            std::printf("%-52s %8.2f %s (limit %g)\n", name, value, unit, limit);
+            kept = kept && value <= limit;
+        }
+        return kept || !parser.isSet(check) ? 0 : 1;
+    } catch (const std::exception& error) {
+        std::printf("The benchmark could not run: %s\n", error.what());
+        return 1;
+    }
+}
