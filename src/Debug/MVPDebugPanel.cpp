@@ -42,11 +42,12 @@ MVPDebugPanel::MVPDebugPanel(RunLoop& runLoop, FloatingPanels& panels, const Scr
       preferences_(preferences) {
 }
 
-void MVPDebugPanel::onMainThread(std::function<void()> operation) {
+template <typename Operation>
+void MVPDebugPanel::onMainThread(const Operation& operation) {
     if (runLoop_.isMainThread())
         operation();
     else
-        runLoop_.post(lifetime_.bind(std::move(operation)));
+        runLoop_.post(lifetime_.bind(operation));
 }
 
 // MARK: Showing
@@ -55,7 +56,10 @@ void MVPDebugPanel::showPanel(const QString& text, std::optional<QRectF> anchorR
                               std::optional<double> autoDismiss) {
     onMainThread([this, text, anchorRect, autoDismiss] {
         logRequest("UI showPanel requested:", text, anchorRect);
-        showText(text, autoDismiss);
+        if (!replace(panel_, {PanelKind::text, textPanelSize, false, text})) return;
+        // In the middle of the main screen whatever the anchor: meant so.
+        positionCentered(panel_);
+        animateIn(panel_, autoDismiss);
     });
 }
 
@@ -66,7 +70,7 @@ void MVPDebugPanel::showFailureCard(const QString& title, const QString& detail,
     const ExternalActionFeedback feedback{title, detail, suggestion, copyableText, primaryActionTitle};
     onMainThread([this, message = feedback.compactMessage(), anchorRect] {
         logRequest("UI showFailureCard requested:", message, anchorRect);
-        showText(message, failureCardDuration);
+        showPanel(message, anchorRect, failureCardDuration);
     });
 }
 
@@ -75,16 +79,16 @@ void MVPDebugPanel::showCopiedResult(const QString& text, const QString& label,
     onMainThread([this, text, label, autoDismiss] {
         if (text.isEmpty()) {
             MVPLog::write("UI showCopiedResult requested: empty generated text");
-            showText(QStringLiteral("没有生成结果\n请重试或切换模型"), autoDismiss);
+            showPanel(QStringLiteral("没有生成结果\n请重试或切换模型"), std::nullopt, autoDismiss);
             return;
         }
         logRequest("UI showCopiedResult requested:", text, std::nullopt);
         pasteboard_.clearContents();
         if (!pasteboard_.setString(text, PasteboardContent::lasting)) {
-            showText(QStringLiteral("复制失败\n请手动复制结果"), autoDismiss);
+            showPanel(QStringLiteral("复制失败\n请手动复制结果"), std::nullopt, autoDismiss);
             return;
         }
-        showText(ExternalActionFeedback::copiedResultMessage(text, label), autoDismiss);
+        showPanel(ExternalActionFeedback::copiedResultMessage(text, label), std::nullopt, autoDismiss);
         MVPLog::write("UI copied result panel shown:", "length:", Characters::count(text));
     });
 }
@@ -97,13 +101,6 @@ void MVPDebugPanel::showStatusPill(const QString& text, std::optional<QRectF> an
         positionStatusPill(overlay_, anchorRect);
         animateIn(overlay_, autoDismiss);
     });
-}
-
-void MVPDebugPanel::showText(const QString& text, std::optional<double> autoDismiss) {
-    if (!replace(panel_, {PanelKind::text, textPanelSize, false, text})) return;
-    // In the middle of the main screen whatever the anchor: meant so.
-    positionCentered(panel_);
-    animateIn(panel_, autoDismiss);
 }
 
 bool MVPDebugPanel::replace(Slot& slot, const PanelSpec& spec) {
@@ -162,7 +159,8 @@ void MVPDebugPanel::positionCentered(Slot& slot) {
 
 void MVPDebugPanel::position(Slot& slot, const std::optional<QRectF>& anchorRect) {
     if (isVerbose(preferences_))
-        MVPLog::write("UI positioning source:", anchorRect ? "anchor rect" : "mouse fallback");
+        MVPLog::write(anchorRect ? "UI positioning source: anchor rect"
+                                 : "UI positioning source: mouse fallback");
     if (anchorRect)
         positionAnchored(slot, *anchorRect);
     else

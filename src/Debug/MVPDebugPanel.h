@@ -52,9 +52,9 @@ private:
     };
 
     /// Runs the operation now, or on the main loop when this is another thread.
-    void onMainThread(std::function<void()> operation);
+    template <typename Operation>
+    void onMainThread(const Operation& operation);
 
-    void showText(const QString& text, std::optional<double> autoDismiss);
     /// Puts a new panel in the slot, not yet shown; false when the desktop offers none.
     bool replace(Slot& slot, const PanelSpec& spec);
     void animateIn(Slot& slot, std::optional<double> autoDismiss);

@@ -184,8 +184,7 @@ TEST_F(MVPDebugPanelTest, aCopiedResultIsOnThePasteboardWhenItsPanelShows) {
     panel.showCopiedResult(QStringLiteral("result 😀"), QStringLiteral("优化后的内容"), 2.4);
     EXPECT_EQ(desktop.pasteboard.peek(), QStringLiteral("result 😀"));
     EXPECT_EQ(desktop.pasteboard.current().content, PasteboardContent::lasting);
-    ASSERT_TRUE(shownText());
-    EXPECT_TRUE(shownText()->contains(QStringLiteral("优化后的内容")));
+    EXPECT_TRUE(shownText().value_or(QString()).contains(QStringLiteral("优化后的内容")));
     EXPECT_TRUE(logged(QStringLiteral("UI copied result panel shown: length: 8")));
     desktop.advance(2.5);
     EXPECT_FALSE(shownText());
@@ -209,8 +208,7 @@ TEST_F(MVPDebugPanelTest, aPasteboardThatCannotBeTakenIsSaid) {
 TEST_F(MVPDebugPanelTest, aFailureCardShowsItsCompactMessageForAWhile) {
     panel.showFailureCard(QStringLiteral("优化失败"), QStringLiteral("API Key"), QStringLiteral("go"),
                           std::nullopt, std::nullopt, std::nullopt);
-    ASSERT_TRUE(shownText());
-    EXPECT_TRUE(shownText()->startsWith(QStringLiteral("优化失败")));
+    EXPECT_TRUE(shownText().value_or(QString()).startsWith(QStringLiteral("优化失败")));
     EXPECT_EQ(last().spec.size, QSizeF(300, 84));
     desktop.advance(2.19);
     EXPECT_TRUE(shownText());
