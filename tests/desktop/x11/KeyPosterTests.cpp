@@ -1,12 +1,14 @@
 #include "Platform/Linux/X11/X11KeyPoster.h"
+#include "Platform/Linux/X11/X11Pasteboard.h"
 #include "Platform/Linux/X11/XcbHeaders.h"
 #include "desktop/x11/RecordingClient.h"
 #include "support/desktop/DesktopTest.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <chrono>
 #include <thread>
-#include <unistd.h>
 
 namespace veltrin {
 namespace {
@@ -68,21 +70,51 @@ TEST_F(KeyPosterOnX11, postsAChordInOnePieceAndLeavesNoKeyDown) {
     EXPECT_EQ(letGo, 1);
 }
 
-TEST_F(KeyPosterOnX11, aPasteReachesAForeignEditor) {
-    clipboard().ownText(QStringLiteral("pasted"));
+TEST_F(KeyPosterOnX11, aPasteReachesForeignEditorsOfTwoToolkits) {
+    X11Pasteboard pasteboard(desktop().display().toLatin1());
+    ASSERT_TRUE(pasteboard.setString(QStringLiteral("pasted \u4F60"), PasteboardContent::temporary));
+    const auto paste = [&](Program& program) {
+        const auto field = atspi().waitForField(program);
+        KeyPost post;
+        post.keyCode = KeyCode::v;
+        post.flags = KeyFlags::command;
+        post.target.processIdentifier = program.pid();
+        post.target.window = program.window();
+        // A program that has only just begun may be too busy to answer at first.
+        EXPECT_TRUE(waitUntil(5, [&] { return bool(poster.post(post)); }));
+        EXPECT_EQ(atspi().waitForText(field, QStringLiteral("pasted \u4F60")),
+                  QStringLiteral("pasted \u4F60"));
+    };
     auto mousepad = Program::mousepad(desktop());
-    KeyPost post;
-    post.keyCode = KeyCode::v;
-    post.flags = KeyFlags::command;
-    post.target.processIdentifier = mousepad.pid();
-    post.target.window = mousepad.window();
-    const auto result = poster.post(post);
-    EXPECT_TRUE(result) << result.refusal.toStdString();
-    EXPECT_TRUE(waitUntil(3, [&] {
-        const auto requests = clipboard().requests();
-        return std::any_of(requests.begin(), requests.end(),
-                           [](const auto& request) { return request.target == QStringLiteral("UTF8_STRING"); });
-    }));
+    paste(mousepad);
+    mousepad.kill();
+    auto editor = Program::qtEditor(desktop());
+    paste(editor);
+}
+
+TEST_F(KeyPosterOnX11, anApplicationThatPastesLateStillGetsWhatWasOnOfferAtItsKey) {
+    X11Pasteboard pasteboard(desktop().display().toLatin1());
+    const auto pasteLate = [&](Program& program) {
+        const auto field = atspi().waitForField(program);
+        ASSERT_TRUE(pasteboard.setString(QStringLiteral("pasted"), PasteboardContent::temporary));
+        program.stop();  // hangs in the moment of the post
+        typist().chord(QStringLiteral("Ctrl+v"));
+        pasteboard.pastePosted(program.window());
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        ASSERT_TRUE(pasteboard.setString(QStringLiteral("the user's"), PasteboardContent::lasting));
+        program.resume();
+        EXPECT_EQ(atspi().waitForText(field, QStringLiteral("pasted")), QStringLiteral("pasted"));
+    };
+    auto mousepad = Program::mousepad(desktop());
+    pasteLate(mousepad);
+    mousepad.kill();
+    auto editor = Program::qtEditor(desktop());
+    pasteLate(editor);
+    // What comes later is a paste of the user's own.
+    const auto field = atspi().waitForField(editor);
+    typist().chord(QStringLiteral("Ctrl+v"));
+    EXPECT_EQ(atspi().waitForText(field, QStringLiteral("pastedthe user's")),
+              QStringLiteral("pastedthe user's"));
 }
 
 TEST_F(KeyPosterOnX11, refusesWhenAnotherWindowOrApplicationIsInFront) {
@@ -168,8 +200,9 @@ TEST_F(KeyPosterOnX11, liftsModifiersThatStayHeldAndNeverPutsThemBack) {
     EXPECT_NEAR(monotonicSeconds() - begin, 0.3, 0.15);
     ASSERT_TRUE(waitUntil(3, [&] { return client.text().ends_with("+v -v -Control_L"); })) << client.text();
     const auto keys = client.keys();
-    const auto letter = std::find_if(keys.begin(), keys.end(),
-                                     [](const auto& key) { return key.isPress && key.state == XCB_MOD_MASK_CONTROL; });
+    const auto letter = std::find_if(keys.begin(), keys.end(), [](const auto& key) {
+        return key.isPress && key.state == XCB_MOD_MASK_CONTROL;
+    });
     EXPECT_NE(letter, keys.end()) << "the letter came with more than Control";
     typist().releaseAll();
     EXPECT_EQ(x().keysDown(), 0);

@@ -6,6 +6,7 @@
 #include "support/desktop/RealDesktop.h"
 #include "support/desktop/Typist.h"
 #include "support/desktop/Waiting.h"
+#include "support/desktop/XWithoutXInput.h"
 
 #include <gtest/gtest.h>
 #include <xcb/xcb.h>
@@ -613,13 +614,26 @@ TEST_F(KeyTap, altLetGoBeforeTheSwallowedSpaceDisturbsNobody) {
     EXPECT_EQ(client.keys().back().state, 0);
 }
 
-TEST(KeyTaps, aServerWithoutXInputGivesNoTap) {
-    // No server at all stands for one without the extension: both have nothing to listen with.
+TEST(KeyTaps, aServerWithoutXInputOrNoServerGivesNoTap) {
+    const XWithoutXInput poor(RealDesktop::shared().display());
     QtRunLoop loop;
-    X11KeyEventTaps taps(loop, "/nonexistent/display:0");
+    for (const auto& display : {poor.display().toLatin1(), QByteArray("/nonexistent/display:0")}) {
+        X11KeyEventTaps taps(loop, display);
+        EXPECT_FALSE(taps.preflightListenEventAccess());
+        EXPECT_FALSE(taps.requestListenEventAccess());
+        EXPECT_EQ(taps.create(KeyEventMask::keyDown, [](const KeyEvent&) { return true; }), nullptr);
+    }
+    X11KeyEventTaps taps(loop, RealDesktop::shared().display().toLatin1());
+    EXPECT_TRUE(taps.preflightListenEventAccess());
+}
+
+TEST(KeyTaps, aWaylandSessionIsNotListenedTo) {
+    QtRunLoop loop;
+    const X11KeyEventTaps taps(loop, RealDesktop::shared().display().toLatin1());
+    const QByteArray before = qgetenv("XDG_SESSION_TYPE");
+    qputenv("XDG_SESSION_TYPE", "wayland");
     EXPECT_FALSE(taps.preflightListenEventAccess());
-    EXPECT_FALSE(taps.requestListenEventAccess());
-    EXPECT_EQ(taps.create(KeyEventMask::keyDown, [](const KeyEvent&) { return true; }), nullptr);
+    qputenv("XDG_SESSION_TYPE", before);
 }
 
 TEST(KeyTaps, aLostServerEndsTheListeningAndNotTheProgram) {

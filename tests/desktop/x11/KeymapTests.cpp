@@ -1,12 +1,11 @@
 #include "Platform/Linux/X11/X11Keymap.h"
 
+#include <gtest/gtest.h>
 #include <xkbcommon/xkbcommon.h>
 
 #include <algorithm>
 #include <map>
 #include <string>
-
-#include <gtest/gtest.h>
 
 namespace veltrin {
 namespace {
@@ -20,7 +19,8 @@ public:
         xkb_keymap* keymap = xkb_keymap_new_from_names(context, &names, XKB_KEYMAP_COMPILE_NO_FLAGS);
         map = std::make_unique<X11Keymap>(keymap);
         for (unsigned key = 8; key < 256; ++key) {
-            if (const char* name = xkb_keymap_key_get_name(keymap, key)) keys[name] = static_cast<quint8>(key);
+            if (const char* name = xkb_keymap_key_get_name(keymap, key))
+                keys[name] = static_cast<quint8>(key);
         }
         xkb_keymap_unref(keymap);
         xkb_context_unref(context);
@@ -53,7 +53,8 @@ TEST(X11Keymap, numbersTheDigitRowThrough) {
     const char* row[] = {"AE01", "AE02", "AE03", "AE04", "AE05", "AE06",
                          "AE07", "AE08", "AE09", "AE10", "AE11", "AE12"};
     qint64 code = 18;
-    for (const char* key : row) EXPECT_EQ(us.code(key), code++) << key;
+    for (const char* key : row)
+        EXPECT_EQ(us.code(key), code++) << key;
 }
 
 TEST(X11Keymap, theKeypadIsNotTheDigitRow) {

@@ -12,7 +12,8 @@ using Status = PasteboardString::Status;
 QString longText() {
     QString text;
     text.reserve(1'100'000);
-    for (int i = 0; text.size() < 1'000'000; ++i) text += QStringLiteral("line %1 \u4F60\u597D \U0001F600\n").arg(i);
+    for (int i = 0; text.size() < 1'000'000; ++i)
+        text += QStringLiteral("line %1 \u4F60\u597D \U0001F600\n").arg(i);
     return text;
 }
 
@@ -26,7 +27,8 @@ protected:
         const quint32 events = XCB_EVENT_MASK_PROPERTY_CHANGE;
         xcb_create_window(connection, 0, window, x().root(), 0, 0, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY, 0,
                           XCB_CW_EVENT_MASK, &events);
-        xcb_change_property(connection, XCB_PROP_MODE_APPEND, window, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 8, 0, nullptr);
+        xcb_change_property(connection, XCB_PROP_MODE_APPEND, window, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 8, 0,
+                            nullptr);
         xcb_flush(connection);
         xcb_timestamp_t time = 0;
         waitUntil(2, [&] {
@@ -42,11 +44,12 @@ protected:
     }
 
     /// What a requestor gets that stamps its request with this time; nothing when it is refused.
-    std::optional<QByteArray> requestedAt(xcb_timestamp_t time, const char* target, xcb_window_t requestor = 0) {
+    std::optional<QByteArray> requestedAt(xcb_timestamp_t time, const char* target,
+                                          xcb_window_t requestor = 0) {
         auto* connection = x().connection();
         const xcb_window_t window = requestor != 0 ? requestor : makeWindow();
-        xcb_convert_selection(connection, window, x().atom("CLIPBOARD"), x().atom(target), x().atom("TEST_RESULT"),
-                              time);
+        xcb_convert_selection(connection, window, x().atom("CLIPBOARD"), x().atom(target),
+                              x().atom("TEST_RESULT"), time);
         xcb_flush(connection);
         std::optional<bool> given;
         waitUntil(2, [&] {
@@ -61,8 +64,8 @@ protected:
     }
     xcb_window_t makeWindow() {
         const xcb_window_t window = xcb_generate_id(x().connection());
-        xcb_create_window(x().connection(), 0, window, x().root(), 0, 0, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY, 0, 0,
-                          nullptr);
+        xcb_create_window(x().connection(), 0, window, x().root(), 0, 0, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
+                          0, 0, nullptr);
         return window;
     }
     /// Lets the server's clock go on, so that two moments have two stamps.
@@ -82,7 +85,9 @@ TEST_F(PasteboardOnX11, readsWhatAnotherProgramOffers) {
 
 TEST_F(PasteboardOnX11, readsLatinTextFromAnOwnerThatHasNothingElse) {
     ClipboardSnapshot snapshot;
-    snapshot.contents[QStringLiteral("STRING")] = "Gr\xFC\xDF" "e";
+    snapshot.contents[QStringLiteral("STRING")] =
+        "Gr\xFC\xDF"
+        "e";
     clipboard().own(snapshot);
     EXPECT_EQ(pasteboard->string().value(), QStringLiteral("Gr\u00FC\u00DFe"));
 }
@@ -154,14 +159,17 @@ TEST_F(PasteboardOnX11, clearedItIsOwnedAndOffersNothing) {
     pasteboard->clearContents();
     EXPECT_TRUE(clipboard().hasOwner());
     EXPECT_FALSE(clipboard().isOwner());
-    EXPECT_EQ(clipboard().read(QStringLiteral("UTF8_STRING")).status, ClipboardProbe::Answer::Status::refused);
+    EXPECT_EQ(clipboard().read(QStringLiteral("UTF8_STRING")).status,
+              ClipboardProbe::Answer::Status::refused);
     EXPECT_EQ(pasteboard->string().status, Status::none);
 }
 
 TEST_F(PasteboardOnX11, offersEveryFormOfPlainText) {
     ASSERT_TRUE(pasteboard->setString(QStringLiteral("\u00FC\u4F60"), PasteboardContent::lasting));
     for (const auto* target : {"UTF8_STRING", "text/plain", "text/plain;charset=utf-8", "TEXT"}) {
-        EXPECT_EQ(clipboard().read(QString::fromLatin1(target)).bytes, QStringLiteral("\u00FC\u4F60").toUtf8()) << target;
+        EXPECT_EQ(clipboard().read(QString::fromLatin1(target)).bytes,
+                  QStringLiteral("\u00FC\u4F60").toUtf8())
+            << target;
     }
     EXPECT_EQ(clipboard().read(QStringLiteral("STRING")).bytes, QByteArray("\xFC?"));
     EXPECT_EQ(clipboard().read(QStringLiteral("image/png")).status, ClipboardProbe::Answer::Status::refused);
@@ -210,6 +218,29 @@ TEST_F(PasteboardOnX11, aLateRequestorThatGivesNoTimeLaterGoesOnGettingTheSame) 
     EXPECT_EQ(requestedAt(XCB_CURRENT_TIME, "UTF8_STRING", requestor), QByteArray("pasted"));
 }
 
+TEST_F(PasteboardOnX11, aPostedPasteFetchesItsTextOnceThoughItGivesNoTime) {
+    ASSERT_TRUE(pasteboard->setString(QStringLiteral("pasted"), PasteboardContent::temporary));
+    const auto requestor = makeWindow();
+    pasteboard->pastePosted(requestor);
+    tick();
+    ASSERT_TRUE(pasteboard->setString(QStringLiteral("the user's"), PasteboardContent::lasting));
+    // Another client is not meant.
+    EXPECT_EQ(clipboard().text(), QStringLiteral("the user's"));
+    EXPECT_EQ(requestedAt(XCB_CURRENT_TIME, "UTF8_STRING", requestor), QByteArray("pasted"));
+    std::this_thread::sleep_for(std::chrono::milliseconds(60));
+    EXPECT_EQ(requestedAt(now(), "UTF8_STRING", requestor), QByteArray("the user's"));
+}
+
+TEST_F(PasteboardOnX11, aPasteOfTheUsersOwnIsNotTakenForThePostedOne) {
+    ASSERT_TRUE(pasteboard->setString(QStringLiteral("pasted"), PasteboardContent::temporary));
+    const auto requestor = makeWindow();
+    pasteboard->pastePosted(requestor);
+    tick();
+    ASSERT_TRUE(pasteboard->setString(QStringLiteral("the user's"), PasteboardContent::lasting));
+    std::this_thread::sleep_for(std::chrono::milliseconds(60));
+    EXPECT_EQ(requestedAt(now(), "UTF8_STRING", requestor), QByteArray("the user's"));
+}
+
 TEST_F(PasteboardOnX11, aRequestFromBeforeTheOwnershipIsRefused) {
     const auto before = now();
     tick();
@@ -231,7 +262,8 @@ TEST_F(PasteboardOnX11, whenAnotherProgramTakesOverItsTextCounts) {
 TEST_F(PasteboardOnX11, servesWhileTheMainThreadIsBlocked) {
     const QString text = longText();
     ASSERT_TRUE(pasteboard->setString(text, PasteboardContent::temporary));
-    // This thread, the main one, does nothing but read by another connection: no loop of the pasteboard's runs.
+    // This thread, the main one, does nothing but read by another connection: no loop of the pasteboard's
+    // runs.
     EXPECT_TRUE(clipboard().text() == text);
 }
 
@@ -239,10 +271,10 @@ TEST_F(PasteboardOnX11, answersSeveralTargetsAtOnce) {
     ASSERT_TRUE(pasteboard->setString(QStringLiteral("both"), PasteboardContent::lasting));
     auto* connection = x().connection();
     const auto window = makeWindow();
-    const quint32 pairs[] = {x().atom("UTF8_STRING"), x().atom("FIRST"), x().atom("image/png"), x().atom("SECOND"),
-                             x().atom("STRING"), x().atom("THIRD")};
-    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, x().atom("TEST_RESULT"), x().atom("ATOM_PAIR"), 32, 6,
-                        pairs);
+    const quint32 pairs[] = {x().atom("UTF8_STRING"), x().atom("FIRST"),  x().atom("image/png"),
+                             x().atom("SECOND"),      x().atom("STRING"), x().atom("THIRD")};
+    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, x().atom("TEST_RESULT"),
+                        x().atom("ATOM_PAIR"), 32, 6, pairs);
     ASSERT_TRUE(requestedAt(now(), "MULTIPLE", window));
     EXPECT_EQ(x().property(window, "FIRST"), QByteArray("both"));
     EXPECT_EQ(x().property(window, "THIRD"), QByteArray("both"));

@@ -12,10 +12,10 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 
-#include <algorithm>
+#include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <gtest/gtest.h>
+#include <algorithm>
 
 namespace veltrin {
 namespace {
@@ -176,8 +176,8 @@ TEST(ScreensOnX11, aWorkAreaMakesTheVisibleFrame) {
     X11Screens screens(*connection);
     const quint32 area[] = {0, 30, 1280, 770};
     auto& x = desktop.x();
-    xcb_change_property(x.connection(), XCB_PROP_MODE_REPLACE, x.root(), x.atom("_NET_WORKAREA"), XCB_ATOM_CARDINAL,
-                        32, 4, area);
+    xcb_change_property(x.connection(), XCB_PROP_MODE_REPLACE, x.root(), x.atom("_NET_WORKAREA"),
+                        XCB_ATOM_CARDINAL, 32, 4, area);
     x.sync();
     EXPECT_EQ(screens.mainScreen()->frame, QRectF(0, 0, 1280, 800));
     // The bar is at the top, so the lower edge stays.
@@ -185,12 +185,13 @@ TEST(ScreensOnX11, aWorkAreaMakesTheVisibleFrame) {
 }
 
 TEST(DesktopEntries, readsTheLocalizedNameAndTheProgram) {
-    const auto entry = DesktopEntries::parse(QStringLiteral("a.b"),
-                                             "# comment\n[Desktop Entry]\nType=Application\nName=Editor\n"
-                                             "Name[de]=Bearbeiter\nName[zh_CN]=\xE7\xBC\x96\xE8\xBE\x91\n"
-                                             "Exec=env A=1 \"/opt/My App/bin/edit\" %U\nStartupWMClass=Edit\n"
-                                             "[Desktop Action x]\nName=Wrong\nExec=wrong\n",
-                                             {QStringLiteral("zh_CN"), QStringLiteral("zh"), QStringLiteral("de")});
+    const auto entry =
+        DesktopEntries::parse(QStringLiteral("a.b"),
+                              "# comment\n[Desktop Entry]\nType=Application\nName=Editor\n"
+                              "Name[de]=Bearbeiter\nName[zh_CN]=\xE7\xBC\x96\xE8\xBE\x91\n"
+                              "Exec=env A=1 \"/opt/My App/bin/edit\" %U\nStartupWMClass=Edit\n"
+                              "[Desktop Action x]\nName=Wrong\nExec=wrong\n",
+                              {QStringLiteral("zh_CN"), QStringLiteral("zh"), QStringLiteral("de")});
     ASSERT_TRUE(entry);
     EXPECT_EQ(entry->name, QString::fromUtf8("\xE7\xBC\x96\xE8\xBE\x91"));
     EXPECT_EQ(entry->executable, QStringLiteral("edit"));
@@ -199,7 +200,8 @@ TEST(DesktopEntries, readsTheLocalizedNameAndTheProgram) {
 }
 
 TEST(DesktopEntries, aDeletedEntryAndALinkAreNoApplications) {
-    EXPECT_FALSE(DesktopEntries::parse(QStringLiteral("a"), "[Desktop Entry]\nType=Application\nHidden=true\n", {}));
+    EXPECT_FALSE(
+        DesktopEntries::parse(QStringLiteral("a"), "[Desktop Entry]\nType=Application\nHidden=true\n", {}));
     EXPECT_FALSE(DesktopEntries::parse(QStringLiteral("a"), "[Desktop Entry]\nType=Link\nName=x\n", {}));
     EXPECT_FALSE(DesktopEntries::parse(QStringLiteral("a"), QByteArray("\0\xFF[=\n]\\", 6), {}));
 }
@@ -216,7 +218,8 @@ TEST(DesktopEntries, findsWhatWasInstalledAfterTheFirstQuestionAndTheUsersOwnFir
     };
     install(system, QStringLiteral("one.desktop"), "Name=System\nStartupWMClass=One\nExec=one\n");
     DesktopEntries entries({user.path(), system.path()});
-    EXPECT_EQ(entries.byWindowClass({QStringLiteral("one"), QStringLiteral("ONE")})->name, QStringLiteral("System"));
+    EXPECT_EQ(entries.byWindowClass({QStringLiteral("one"), QStringLiteral("ONE")})->name,
+              QStringLiteral("System"));
     EXPECT_FALSE(entries.byId(QStringLiteral("kde-two")));
     install(user, QStringLiteral("kde/two.desktop"), "Name=Two\nExec=/usr/bin/two --x\n");
     EXPECT_EQ(entries.byId(QStringLiteral("kde-two"))->name, QStringLiteral("Two"));

@@ -72,6 +72,8 @@ void X11KeyHold::press(const Event& event, const std::function<bool()>& ask,
         activator_ = event.key;
         active_ = true;
     }
+    // A fresh press of a key that counts as down: its release was taken from us, and this is a new decision.
+    if (!event.isRepeat) swallowed_.reset(event.key);
     if (swallowed_.test(event.key)) {
         allow(XCB_INPUT_EVENT_MODE_SYNC_DEVICE);
         lock.unlock();

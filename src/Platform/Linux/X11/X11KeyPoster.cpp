@@ -55,9 +55,10 @@ void X11KeyPoster::refreshKeymap() {
     if (auto keymap = X11Keymap::load(*connection_)) keymap_ = std::move(keymap);
 }
 
-QString X11KeyPoster::refusalOfWindow(const PostTarget& target) const {
+QString X11KeyPoster::refusalOfWindow(const PostTarget& target, xcb_window_t* window) const {
     const auto active = windows_.active();
     if (!active) return QStringLiteral("no window is active");
+    if (window != nullptr) *window = active->window;
     if (target.window != 0 && active->window != target.window)
         return QStringLiteral("another window is active");
     if (target.processIdentifier && active->process != target.processIdentifier) {
@@ -137,7 +138,9 @@ PostResult X11KeyPoster::post(const KeyPost& chord) {
     const auto keys = keymap_->keys(chord.keyCode, state ? state->group : 0);
     if (keys.empty()) return refused(QStringLiteral("the keyboard has no such key"));
     // Asked again last: waiting took its time.
-    if (const QString why = refusalOfWindow(chord.target); !why.isEmpty()) return refused(why);
+    xcb_window_t window = XCB_NONE;
+    if (const QString why = refusalOfWindow(chord.target, &window); !why.isEmpty()) return refused(why);
+    if (isChord(chord, KeyCode::v) && parts_.pastePosted) parts_.pastePosted(window);
     send({keys.front(), keymap_->modifiers(flags)}, held);
     return {true, QString()};
 }

@@ -17,9 +17,11 @@ class X11KeyPoster final : public KeyPoster {
 public:
     struct Parts {
         /// Frees the keyboard from a grab of ours (X11KeyEventTaps::letGo); may be empty.
-        std::function<void()> letGoOfKeyboard;
+        std::function<void()> letGoOfKeyboard = {};
         /// Looks at the target's element; may be null: then fields are not looked at.
         PostTargetInspector* inspector = nullptr;
+        /// Told the window just before a paste goes out (X11Pasteboard::pastePosted); may be empty.
+        std::function<void(quint64)> pastePosted = {};
     };
     X11KeyPoster(const X11Windows& windows, Parts parts);
     ~X11KeyPoster() override;
@@ -31,7 +33,7 @@ private:
         X11Keymap::Keycode key = 0;
         unsigned modifiers = 0;
     };
-    QString refusalOfWindow(const PostTarget& target) const;
+    QString refusalOfWindow(const PostTarget& target, xcb_window_t* window = nullptr) const;
     QString refusalOfApplication();
     QString refusalOfField(const KeyPost& chord) const;
     QString refusalOfTerminal(const KeyPost& chord, quint64& flags, bool& isTerminal) const;

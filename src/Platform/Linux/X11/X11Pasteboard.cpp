@@ -21,8 +21,8 @@ qint64 X11Pasteboard::changeCount() const {
 }
 
 PasteboardString X11Pasteboard::string() const {
-    // Our own offer is known without asking anybody. Whether it still stands only the server can say: the thread that
-    // serves it may not have read yet that another program took over.
+    // Our own offer is known without asking anybody. Whether it still stands only the server can say: the
+    // thread that serves it may not have read yet that another program took over.
     if (server_ && reader_->owner() == server_->window()) {
         if (const auto own = server_->current()) {
             if (!own->utf8) return {};

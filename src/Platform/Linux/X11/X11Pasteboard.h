@@ -23,6 +23,11 @@ public:
     void clearContents() override;
     bool setString(const QString& text, PasteboardContent content) override;
 
+    /// A paste key was posted to this window just now; see X11SelectionServer::pastePosted.
+    void pastePosted(quint64 window) {
+        if (server_) server_->pastePosted(static_cast<xcb_window_t>(window));
+    }
+
 private:
     std::unique_ptr<X11SelectionServer> server_;
     std::unique_ptr<X11SelectionReader> reader_;

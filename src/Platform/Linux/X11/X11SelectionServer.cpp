@@ -23,6 +23,10 @@ constexpr seconds keptFor{60};
 constexpr std::size_t keptAtMost = 8;
 /// A late requestor that gives no time in its further requests goes on getting what it was given first.
 constexpr seconds requestorRemembered{2};
+/// How long a posted paste may take to fetch its text, and how long after a change of the offer a request may
+/// still be stamped by it.
+constexpr seconds postedPatience{10};
+constexpr xcb_timestamp_t changeSlack = 50;
 constexpr seconds transferPatience{5};
 /// Longer content goes in pieces of this size.
 constexpr qsizetype pieceSize = 192 * 1024;
@@ -224,21 +228,47 @@ void X11SelectionServer::handle(const xcb_generic_event_t& event) {
     }
 }
 
+void X11SelectionServer::pastePosted(xcb_window_t window) {
+    const std::lock_guard guard(mutex_);
+    if (!held_.empty()) posted_ = Posted{clientOf(window), held_.back().number, Clock::now()};
+}
+
+/// What all windows of one client have in common.
+xcb_window_t X11SelectionServer::clientOf(xcb_window_t window) const {
+    return window & ~xcb_get_setup(connection_->xcb())->resource_id_mask;
+}
+
+bool X11SelectionServer::isPostedPaste(const xcb_selection_request_event_t& event,
+                                       Clock::time_point now) const {
+    return posted_ && posted_->client == clientOf(event.requestor) && now - posted_->when < postedPatience &&
+           (event.time == XCB_CURRENT_TIME || isBefore(event.time, held_.back().since + changeSlack));
+}
+
+bool X11SelectionServer::isText(xcb_atom_t target) const {
+    return target == atoms_.utf8 || target == atoms_.text || target == atoms_.plain ||
+           target == atoms_.plainUtf8 || target == XCB_ATOM_STRING;
+}
+
 /// The offer that a request means; null when it means one from before our ownership.
 const X11SelectionServer::Held* X11SelectionServer::heldFor(const xcb_selection_request_event_t& event) {
     const auto now = Clock::now();
     std::erase_if(late_, [&](const auto& entry) { return now - entry.second.when > requestorRemembered; });
-    const Held* found = nullptr;
-    if (event.time == XCB_CURRENT_TIME) {
+    if (held_.empty()) return nullptr;
+    std::optional<std::uint64_t> wanted;
+    if (isPostedPaste(event, now)) {
+        wanted = posted_->number;
+    } else if (event.time == XCB_CURRENT_TIME) {
         const auto before = late_.find(event.requestor);
-        if (!held_.empty()) found = &held_.back();
-        for (const auto& held : held_) {
-            if (before != late_.end() && held.number == before->second.number) found = &held;
-        }
-    } else {
-        for (const auto& held : held_) {
-            if (!isBefore(event.time, held.since)) found = &held;
-        }
+        wanted = before != late_.end() ? before->second.number : held_.back().number;
+    }
+    const Held* found = nullptr;
+    for (const auto& held : held_) {
+        if (wanted ? held.number == *wanted : !isBefore(event.time, held.since)) found = &held;
+    }
+    if (found == nullptr && wanted) found = &held_.back();
+    if (found != nullptr && posted_ && found->number == posted_->number && isText(event.target) &&
+        posted_->client == clientOf(event.requestor)) {
+        posted_.reset();
     }
     if (found != nullptr && found != &held_.back()) late_[event.requestor] = {found->number, now};
     return found;

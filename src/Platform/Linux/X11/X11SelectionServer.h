@@ -39,6 +39,10 @@ public:
     bool offer(Offer offer);
     /// What we offer; none when somebody else owns the selection.
     std::optional<Offer> current() const;
+    /// A paste key was posted to this window just now. Until its client has fetched the text that is on
+    /// offer, it is given that text, for some seconds, though another offer of ours may have taken its place:
+    /// some toolkits stamp a late request with the time of that change.
+    void pastePosted(xcb_window_t window);
     /// The window that stands for us as the owner.
     xcb_window_t window() const { return window_; }
     /// Gives lasting text to the clipboard manager, if there is one; waits at most `limit`.
@@ -61,6 +65,11 @@ private:
         std::uint64_t number = 0;
         std::chrono::steady_clock::time_point when;
     };
+    struct Posted {
+        xcb_window_t client = XCB_NONE;
+        std::uint64_t number = 0;
+        std::chrono::steady_clock::time_point when;
+    };
     struct Content {
         xcb_atom_t type = XCB_ATOM_NONE;
         std::uint8_t format = 8;
@@ -76,6 +85,10 @@ private:
     bool give(xcb_window_t requestor, xcb_atom_t target, xcb_atom_t property, const Offer& offer,
               xcb_timestamp_t since);
     std::optional<Content> convert(xcb_atom_t target, const Offer& offer, xcb_timestamp_t since) const;
+    xcb_window_t clientOf(xcb_window_t window) const;
+    bool isPostedPaste(const xcb_selection_request_event_t& event,
+                       std::chrono::steady_clock::time_point now) const;
+    bool isText(xcb_atom_t target) const;
     const Held* heldFor(const xcb_selection_request_event_t& event);
     void continueTransfer(const xcb_property_notify_event_t& event);
     void dropOldTransfers();
@@ -100,7 +113,8 @@ private:
 
     mutable std::mutex mutex_;  ///< guards what follows
     std::condition_variable finished_;
-    std::deque<Held> held_;  ///< newest last; empty when we do not own the selection
+    std::deque<Held> held_;         ///< newest last; empty when we do not own the selection
+    std::optional<Posted> posted_;  ///< a posted paste whose text was not fetched yet
     Errand errand_ = Errand::none;
     Errand begun_ = Errand::none;
     Offer next_;

@@ -192,9 +192,9 @@ X11WindowPing::X11WindowPing(const QByteArray& display) : connection_(X11Connect
 
 /// Answers come to the root window; one listens there only while one is due.
 void X11WindowPing::listen(bool on) {
-    // Qt sends its answer under the mask of the root's own structure, the others under that of its children.
-    const std::uint32_t mask = on ? XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_STRUCTURE_NOTIFY
-                                  : XCB_EVENT_MASK_NO_EVENT;
+    // GTK answers whoever listens for the one kind, Qt for the other.
+    const std::uint32_t mask =
+        on ? XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_STRUCTURE_NOTIFY : XCB_EVENT_MASK_NO_EVENT;
     xcb_change_window_attributes(connection_->xcb(), connection_->root(), XCB_CW_EVENT_MASK, &mask);
     connection_->flush();
 }

@@ -1,0 +1,149 @@
+// Measures the time from a key's injection to its arrival in an application, without the tap and with it, in
+// turns, so that a busy machine troubles both alike. Prints medians and ratios; ends with 1 when an ordinary
+// key under the tap takes more than 1.3 times as long.
+#include "Platform/Linux/QtRunLoop.h"
+#include "Platform/Linux/X11/X11Connection.h"
+#include "Platform/Linux/X11/X11KeyEventTaps.h"
+#include "Platform/Linux/X11/X11Keymap.h"
+#include "support/desktop/RealDesktop.h"
+
+#include <QCoreApplication>
+
+#include <poll.h>
+#include <xcb/xtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using namespace veltrin;
+using Clock = std::chrono::steady_clock;
+
+constexpr int rounds = 800;
+constexpr double allowedRatio = 1.3;
+
+/// An application and a typist in one: injects a key and waits for it to arrive.
+class Keyboard {
+public:
+    explicit Keyboard(const QByteArray& display)
+        : typist_(X11Connection::open(display)), application_(X11Connection::open(display)) {
+        auto* xcb = application_->xcb();
+        const xcb_window_t window = xcb_generate_id(xcb);
+        const std::uint32_t values[] = {1, XCB_EVENT_MASK_KEY_PRESS | XCB_EVENT_MASK_KEY_RELEASE};
+        xcb_create_window(xcb, XCB_COPY_FROM_PARENT, window, application_->root(), 0, 0, 100, 100, 0,
+                          XCB_WINDOW_CLASS_INPUT_OUTPUT, application_->screen().root_visual,
+                          XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK, values);
+        xcb_map_window(xcb, window);
+        application_->roundTrip();
+        xcb_set_input_focus(xcb, XCB_INPUT_FOCUS_POINTER_ROOT, window, XCB_CURRENT_TIME);
+        application_->roundTrip();
+    }
+
+    /// Microseconds from the injection of the press to its arrival; the release is waited for too.
+    double tap(std::uint8_t key) {
+        const auto begin = Clock::now();
+        send(XCB_KEY_PRESS, key);
+        waitFor(XCB_KEY_PRESS);
+        const double took = std::chrono::duration<double, std::micro>(Clock::now() - begin).count();
+        send(XCB_KEY_RELEASE, key);
+        waitFor(XCB_KEY_RELEASE);
+        return took;
+    }
+
+private:
+    void send(std::uint8_t type, std::uint8_t key) {
+        xcb_test_fake_input(typist_->xcb(), type, key, XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
+        typist_->flush();
+    }
+    void waitFor(std::uint8_t type) {
+        const bool came = application_->waitForEvent(
+            std::chrono::seconds(2),
+            [&](const xcb_generic_event_t& event) { return (event.response_type & 0x7F) == type; });
+        if (!came) {
+            std::fprintf(stderr, "a key did not arrive\n");
+            std::exit(2);
+        }
+    }
+
+    std::unique_ptr<X11Connection> typist_;
+    std::unique_ptr<X11Connection> application_;
+};
+
+double median(std::vector<double> values) {
+    std::sort(values.begin(), values.end());
+    return values[values.size() / 2];
+}
+
+/// Runs `work` on another thread while this thread's event loop runs.
+void whileLoopRuns(const std::function<void()>& work) {
+    std::atomic<bool> done{false};
+    std::thread hands([&] {
+        work();
+        done = true;
+        QMetaObject::invokeMethod(
+            QCoreApplication::instance(), [] {}, Qt::QueuedConnection);
+    });
+    while (!done)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    hands.join();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const QCoreApplication application(argc, argv);
+    DesktopOptions options;
+    options.windowManager = false;
+    options.accessibility = false;
+    RealDesktop desktop(options);
+    const QByteArray display = desktop.display().toLatin1();
+    Keyboard keyboard(display);
+    const auto connection = X11Connection::open(display);
+    const auto keymap = X11Keymap::load(*connection);
+    const auto key = [&](qint64 code) { return keymap->keys(code, 0).at(0); };
+
+    QtRunLoop loop;
+    X11KeyEventTaps taps(loop, display);
+    auto tap = taps.create(KeyEventMask::keyDownAndKeyUp, [](const KeyEvent&) { return true; });
+    if (!tap) return 2;
+    tap->addToRunLoop();
+    const std::vector<ClaimableKey> shortcuts = {{KeyCode::space, KeyFlags::option, false}};
+    std::vector<ClaimableKey> panel = shortcuts;
+    for (const qint64 code : {36, 48, 49, 51, 123, 124, 125, 126})
+        panel.push_back({code, 0, false});
+    panel.push_back({KeyCode::escape, 0, true});
+
+    struct Mode {
+        const char* name;
+        bool on;
+        const std::vector<ClaimableKey>* claimable;
+        qint64 key;
+        std::vector<double> times;
+    };
+    Mode modes[] = {{"no tap", false, &shortcuts, KeyCode::c, {}},
+                    {"tap, ordinary key", true, &shortcuts, KeyCode::c, {}},
+                    {"tap, panel open, ordinary key", true, &panel, KeyCode::c, {}},
+                    {"tap, a key that may be claimed, passed on", true, &panel, KeyCode::space, {}}};
+    for (int round = 0; round < rounds; ++round) {
+        for (auto& mode : modes) {
+            tap->setClaimable(*mode.claimable);
+            tap->setEnabled(mode.on);
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+            whileLoopRuns([&] { mode.times.push_back(keyboard.tap(key(mode.key))); });
+        }
+    }
+    const double base = median(modes[0].times);
+    std::printf("key latency, median of %d in turns\n", rounds);
+    for (const auto& mode : modes) {
+        std::printf("  %-44s %6.0f us  %.2f\n", mode.name, median(mode.times), median(mode.times) / base);
+    }
+    const double ratio = std::max(median(modes[1].times), median(modes[2].times)) / base;
+    return ratio <= allowedRatio ? 0 : 1;
+}
