@@ -63,11 +63,15 @@ protected:
         const auto* element = std::get_if<AXElementRef>(&result.value);
         return result.ok() && element ? *element : nullptr;
     }
-    /// The focused element once the application has one; never null unless the test has failed.
+    /// Makes the application active, as often as a window that opens late takes that away, and waits until it
+    /// has a focused element. Never null unless the test has failed.
     AXElementRef waitForFocus(const Program& program) {
         AXElementRef element;
-        EXPECT_TRUE(waitUntil(10, [&] { return (element = focused(program)) != nullptr; }))
-            << "no focused element";
+        EXPECT_TRUE(waitUntil(10, [&] {
+            XDesktop& x = desktop().x();
+            if (x.activeWindow() != program.window()) x.activate(program.window(), 1);
+            return (element = focused(program)) != nullptr;
+        })) << "no focused element";
         return element;
     }
 

@@ -170,7 +170,7 @@ TEST_P(EveryEditor, isReadQuickly) {
     std::printf("%s: a read %.2f ms, one attribute %.2f ms\n", GetParam().name, whole, one);
     RecordProperty("readMicroseconds", static_cast<int>(whole * 1000));
     RecordProperty("attributeMicroseconds", static_cast<int>(one * 1000));
-    EXPECT_LT(whole, 10);
+    EXPECT_LT(whole, 20) << "twice what an idle machine takes";
 }
 
 using AtSpiText = AtSpiTest;
@@ -180,9 +180,7 @@ TEST_F(AtSpiText, givesNothingOfAPasswordField) {
         Program::qtEditor(desktop(), {u"--password"_s, u"geheim"_s, u"--focus"_s, u"password"_s});
     const Program dialog = Program::zenityPassword(desktop());
     Typist(desktop()).type(u"secret"_s);
-    desktop().x().activate(editor.window());
     for (const Program* program : {&editor, &dialog}) {
-        desktop().x().activate(program->window());
         const auto element = waitForFocus(*program);
         EXPECT_EQ(get<QString>(element, AXAttribute::role), u"AXSecureTextField"_s);
         EXPECT_EQ(get<QString>(element, AXAttribute::subrole), u"AXSecureTextField"_s);
@@ -244,6 +242,7 @@ TEST_F(AtSpiText, knowsAWindowByItsTitleAndFrame) {
         Program::qtEditor(desktop(), {u"--title"_s, u"标题 \U0001F600"_s, u"--windows"_s, u"2"_s});
     waitForFocus(program);
     const auto application = accessibility().applicationElement(program.pid());
+    ASSERT_TRUE(waitUntil(10, [&] { return program.windows().size() == 2; }));
     ASSERT_TRUE(desktop().x().activate(program.window()));
     const auto window = get<AXElementRef>(application, AXAttribute::focusedWindow);
     EXPECT_EQ(get<QString>(window, AXAttribute::role), u"AXWindow"_s);

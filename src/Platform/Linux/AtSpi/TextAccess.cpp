@@ -39,80 +39,73 @@ AXResult<ElementFacts> TextAccess::readableFacts() {
     return facts;
 }
 
-AXResult<TextState> TextAccess::read(Toolkit toolkit) {
-    Pending text = conversation_.call(object_, Name::text, "GetText", {0, -1});
-    Pending count = conversation_.property(object_, Name::text, "CharacterCount");
-    Pending caret = conversation_.property(object_, Name::text, "CaretOffset");
-    Pending selections = conversation_.call(object_, Name::text, "GetNSelections");
-    Pending selection = conversation_.call(object_, Name::text, "GetSelection", {0});
-
-    const Reply textReply = conversation_.reply(std::move(text));
-    if (!textReply.ok()) return textReply.error;
-    const Reply countReply = conversation_.reply(std::move(count));
-    const Reply caretReply = conversation_.reply(std::move(caret));
-    const Reply selectionsReply = conversation_.reply(std::move(selections));
-    const Reply selectionReply = conversation_.reply(std::move(selection));
-    if (conversation_.hasGivenUp()) return AXError::cannotComplete;
-
-    TextState state;
-    state.offsets = TextOffsets(textReply.text(), countReply.ok() ? countReply.number() : -1, toolkit);
-    state.caret = state.offsets.toUtf16(caretReply.number());
-    if (selectionsReply.number() > 0 && selectionReply.ok()) {
-        const OffsetRange reported{selectionReply.number(0), selectionReply.number(1)};
-        state.isSelectionKnown = state.offsets.isSelectionKnown(reported, caretReply.number());
-        const TextRange range = state.offsets.toUtf16(state.offsets.selection(reported));
-        if (range.length > 0) state.selection = range;
-    }
+AXResult<TextState> TextAccess::read(const ElementFacts& facts) {
+    auto state = facts.isTerminal() ? terminalState() : readTextState(object_, facts.toolkit, conversation_);
+    // With a selection that can't be told, the whole text would be taken for the input; a copy gets the right
+    // one.
+    if (state.ok() && !state.value.isSelectionKnown) return AXError::cannotComplete;
     return state;
 }
 
 AXResult<QString> TextAccess::value() {
     const auto facts = readableFacts();
     if (!facts.ok()) return facts.error;
-    if (facts.value.isTerminal()) return terminalText();
-    const auto state = read(facts.value.toolkit);
-    if (!state.ok()) return state.error;
-    // With a selection that can't be told, the whole text would be taken for the input; a copy gets the right
-    // one.
-    if (!state.value.isSelectionKnown) return AXError::cannotComplete;
-    return state.value.text();
+    const auto state = read(facts.value);
+    return state.ok() ? AXResult<QString>(state.value.text()) : AXResult<QString>(state.error);
 }
 
-/// What stands on the visible rows up to the caret. The scroll-back is nobody's text field.
-AXResult<QString> TextAccess::terminalText() {
+/// A terminal's text is what stands on its visible rows up to the caret; the scroll-back is nobody's text
+/// field.
+AXResult<TextState> TextAccess::terminalState() {
     Pending caret = conversation_.property(object_, Name::text, "CaretOffset");
     Pending extents = conversation_.call(object_, Name::component, "GetExtents", {screenCoordinates});
+    Pending selections = conversation_.call(object_, Name::text, "GetNSelections");
+    Pending selection = conversation_.call(object_, Name::text, "GetSelection", {0});
     const Reply caretReply = conversation_.reply(std::move(caret));
     const Reply extentsReply = conversation_.reply(std::move(extents));
+    const Reply selectionsReply = conversation_.reply(std::move(selections));
+    const Reply selectionReply = conversation_.reply(std::move(selection));
     if (!caretReply.ok()) return caretReply.error;
     const qint64 end = std::max<qint64>(caretReply.number(), 0);
     qint64 start = std::max<qint64>(end - mostTerminalOffsets, 0);
     if (const auto area = extentsReply.rectangle(); area && !area->isEmpty()) {
-        const QVariantList topLeft{static_cast<int>(area->x()) + 1, static_cast<int>(area->y()) + 1,
-                                   screenCoordinates};
-        const Reply first = conversation_.ask(object_, Name::text, "GetOffsetAtPoint", topLeft);
+        const QVariantList corner{static_cast<int>(area->x()) + 1, static_cast<int>(area->y()) + 1,
+                                  screenCoordinates};
+        const Reply first = conversation_.ask(object_, Name::text, "GetOffsetAtPoint", corner);
         if (first.ok() && first.number() <= end) start = std::max(start, first.number());
     }
     const Reply text = conversation_.ask(object_, Name::text, "GetText", offsetArguments({start, end}));
     if (!text.ok()) return text.error;
-    return Characters::suffix(text.text(), mostTerminalCharacters);
+
+    const TextOffsets rows(text.text(), end - start, Toolkit::other);
+    const QString kept = Characters::suffix(rows.text(), mostTerminalCharacters);
+    const qint64 cut = rows.text().size() - kept.size();
+    TextState state;
+    state.offsets = TextOffsets(kept, kept.size(), Toolkit::other);
+    state.caret = kept.size();
+    if (selectionsReply.number() > 0 && selectionReply.ok()) {
+        const TextRange range =
+            rows.toUtf16({selectionReply.number(0) - start, selectionReply.number(1) - start});
+        const qint64 first = std::max<qint64>(range.location - cut, 0);
+        const qint64 last = range.location + range.length - cut;
+        if (last > first) state.selection = TextRange{first, last - first};
+    }
+    return state;
 }
 
 AXResult<QString> TextAccess::selectedText() {
     const auto facts = readableFacts();
     if (!facts.ok()) return facts.error;
-    const auto state = read(facts.value.toolkit);
+    const auto state = read(facts.value);
     if (!state.ok()) return state.error;
-    if (!state.value.isSelectionKnown) return AXError::cannotComplete;
     return state.value.selection ? state.value.selectedText() : QString(QLatin1String(""));
 }
 
 AXResult<TextRange> TextAccess::selectedRange() {
     const auto facts = readableFacts();
     if (!facts.ok()) return facts.error;
-    const auto state = read(facts.value.toolkit);
+    const auto state = read(facts.value);
     if (!state.ok()) return state.error;
-    if (!state.value.isSelectionKnown) return AXError::cannotComplete;
     return state.value.selectedRange();
 }
 
@@ -121,20 +114,25 @@ AXResult<QRectF> TextAccess::bounds(const TextRange& range) {
     if (!facts.ok()) return facts.error;
     // GTK 4 knows no rectangles of ranges, and says so with one that is wrong.
     if (facts.value.toolkit == Toolkit::gtk4) return AXError::failure;
-    Pending text = conversation_.call(object_, Name::text, "GetText", {0, -1});
-    Pending count = conversation_.property(object_, Name::text, "CharacterCount");
-    const Reply textReply = conversation_.reply(std::move(text));
-    const Reply countReply = conversation_.reply(std::move(count));
-    if (!textReply.ok()) return textReply.error;
-    const TextOffsets offsets(textReply.text(), countReply.ok() ? countReply.number() : -1,
-                              facts.value.toolkit);
-    QVariantList arguments = offsetArguments(offsets.toToolkit(range));
+    const auto state = readTextState(object_, facts.value.toolkit, conversation_);
+    if (!state.ok()) return state.error;
+    ObjectAddress holder = object_;
+    OffsetRange asked = state.value.offsets.toToolkit(range);
+    if (!state.value.pieces.empty()) {
+        const qint64 location = std::clamp<qint64>(range.location, 0, state.value.text().size());
+        const TextPiece* piece = state.value.pieceOf({location, 0});
+        if (!piece) return AXError::failure;
+        holder = piece->object;
+        const qint64 length = std::clamp<qint64>(range.length, 0, piece->at + piece->length - location);
+        asked = piece->offsets.toToolkit(TextRange{piece->from + location - piece->at, length});
+    }
+    QVariantList arguments = offsetArguments(asked);
     arguments << screenCoordinates;
     // Chromium lays out a page's text for accessibility when it is first asked, and is empty-handed that
     // once.
     const int attempts = facts.value.toolkit == Toolkit::chromium ? 3 : 1;
     for (int i = 0; i < attempts; ++i) {
-        const Reply reply = conversation_.ask(object_, Name::text, "GetRangeExtents", arguments);
+        const Reply reply = conversation_.ask(holder, Name::text, "GetRangeExtents", arguments);
         if (!reply.ok()) return reply.error;
         const auto rectangle = reply.rectangle();
         if (rectangle && (rectangle->width() > 0 || rectangle->height() > 0)) return *rectangle;
@@ -156,17 +154,16 @@ bool TextAccess::replace(const OffsetRange& range, const QString& text, Toolkit 
     return true;
 }
 
-/// Reads until `condition` holds. An application handles calls in their order, so the first reading already
-/// comes after the write; only pages of browsers change later.
+/// Reads an object's text until `condition` holds. An application handles calls in their order, so the first
+/// reading already comes after the write; only pages of browsers change later.
 template <typename Condition>
-AXError TextAccess::await(Toolkit toolkit, Condition condition) {
+AXError TextAccess::await(const ObjectAddress& object, Toolkit toolkit, Condition condition) {
     const QDeadlineTimer limit(longestAwait);
     Milliseconds pause = firstPause;
     while (true) {
-        const auto state = read(toolkit);
-        if (!state.ok())
-            return state.error == AXError::invalidUIElement ? state.error : AXError::cannotComplete;
-        if (condition(state.value)) return AXError::success;
+        const auto state = readOwnTextState(object, toolkit, conversation_);
+        if (state.error == AXError::invalidUIElement) return state.error;
+        if (state.ok() && condition(state.value)) return AXError::success;
         if (limit.hasExpired() || !conversation_.pause(pause)) return AXError::cannotComplete;
         pause = std::min(pause * 2, longestPause);
     }
@@ -177,7 +174,7 @@ AXError TextAccess::setValue(const QString& text) {
     if (!facts.ok()) return facts.error;
     const Toolkit toolkit = facts.value.toolkit;
     if (!facts.value.canWriteText()) return AXError::attributeUnsupported;
-    const auto before = read(toolkit);
+    const auto before = read(facts.value);
     if (!before.ok()) return before.error;
     if (before.value.text() == text) return AXError::success;
     const auto isWritten = [&text](const TextState& state) { return state.text() == text; };
@@ -185,28 +182,27 @@ AXError TextAccess::setValue(const QString& text) {
     // GTK 4 can undo a deletion and an insertion, but not the call that sets everything.
     if (toolkit != Toolkit::gtk4) {
         conversation_.tell(object_, Name::editableText, "SetTextContents", {text});
-        const AXError error = await(toolkit, isWritten);
+        const AXError error = await(object_, toolkit, isWritten);
         if (error == AXError::success || conversation_.hasGivenUp()) return error;
-        const auto after = read(toolkit);
+        const auto after = read(facts.value);
         if (!after.ok() || after.value.text() != before.value.text()) return AXError::cannotComplete;
     }
     if (!replace({0, before.value.offsets.length()}, text, toolkit)) return AXError::cannotComplete;
-    return await(toolkit, isWritten);
+    return await(object_, toolkit, isWritten);
 }
 
 AXError TextAccess::setSelectedText(const QString& text) {
     const auto facts = readableFacts();
     if (!facts.ok()) return facts.error;
     if (!facts.value.canWriteText()) return AXError::attributeUnsupported;
-    const auto before = read(facts.value.toolkit);
+    const auto before = read(facts.value);
     if (!before.ok()) return before.error;
-    if (!before.value.isSelectionKnown) return AXError::cannotComplete;
     const TextRange range = before.value.selectedRange();
     QString expected = before.value.text();
     expected.replace(range.location, range.length, text);
     const OffsetRange replaced = before.value.offsets.toToolkit(range);
     if (!replace(replaced, text, facts.value.toolkit)) return AXError::cannotComplete;
-    return await(facts.value.toolkit,
+    return await(object_, facts.value.toolkit,
                  [&expected](const TextState& state) { return state.text() == expected; });
 }
 
@@ -215,26 +211,37 @@ AXError TextAccess::setSelectedRange(const TextRange& range) {
     if (!facts.ok()) return facts.error;
     const Toolkit toolkit = facts.value.toolkit;
     if (!facts.value.canSetSelection()) return AXError::attributeUnsupported;
-    const auto before = read(toolkit);
+    const auto before = readTextState(object_, toolkit, conversation_);
     if (!before.ok()) return before.error;
     const TextOffsets& offsets = before.value.offsets;
-    const OffsetRange target = offsets.toToolkit(range);
-    const TextRange wanted = offsets.toUtf16(target);
-    const auto isSet = [&wanted](const TextState& state) {
-        return state.isSelectionKnown && state.selectedRange() == wanted;
-    };
-    if (isSet(before.value)) return AXError::success;
-    if (wanted.length == 0) {
-        conversation_.tell(object_, Name::text, "SetCaretOffset", {static_cast<int>(target.start)});
-        return await(toolkit, isSet);
+    ObjectAddress holder = object_;
+    OffsetRange target = offsets.toToolkit(range);
+    if (const auto& pieces = before.value.pieces; !pieces.empty()) {
+        const TextRange wanted = offsets.toUtf16(target);
+        if (before.value.isSelectionKnown && before.value.selectedRange() == wanted) return AXError::success;
+        // A block can select in itself, and the field as a whole; what spans some blocks only, nobody can.
+        if (const TextPiece* piece = before.value.pieceOf(wanted)) {
+            holder = piece->object;
+            const qint64 location = piece->from + wanted.location - piece->at;
+            target = piece->offsets.toToolkit(TextRange{location, wanted.length});
+        } else if (wanted == TextRange{0, offsets.text().size()}) {
+            target = {0, before.value.ownLength};
+        } else {
+            return AXError::cannotComplete;
+        }
+    } else if (before.value.shows(target)) {
+        return AXError::success;
+    }
+    const auto isSet = [&target](const TextState& state) { return state.shows(target); };
+    if (target.start == target.end) {
+        conversation_.tell(holder, Name::text, "SetCaretOffset", {static_cast<int>(target.start)});
+        return await(holder, toolkit, isSet);
     }
 
     QVariantList replaceFirst{0};
     replaceFirst << offsetArguments(target);
-    const auto setFirst = [&] { conversation_.tell(object_, Name::text, "SetSelection", replaceFirst); };
-    const auto add = [&] {
-        conversation_.tell(object_, Name::text, "AddSelection", offsetArguments(target));
-    };
+    const auto setFirst = [&] { conversation_.tell(holder, Name::text, "SetSelection", replaceFirst); };
+    const auto add = [&] { conversation_.tell(holder, Name::text, "AddSelection", offsetArguments(target)); };
     // GTK 4 says yes to SetSelection and drops the selection; AddSelection works there, though it never
     // replies, and only when nothing is selected. Setting the caret drops a selection. Gecko wants the caret
     // moved first, too.
@@ -242,13 +249,13 @@ AXError TextAccess::setSelectedRange(const TextRange& range) {
     const bool startsWithAdd = startsWithCaret || !before.value.selection;
     if (startsWithCaret) {
         // Awaited: GTK 4 now and then loses the selection when both calls arrive at once.
-        conversation_.ask(object_, Name::text, "SetCaretOffset", {static_cast<int>(target.start)});
+        conversation_.ask(holder, Name::text, "SetCaretOffset", {static_cast<int>(target.start)});
     }
     startsWithAdd ? add() : setFirst();
-    const AXError error = await(toolkit, isSet);
+    const AXError error = await(holder, toolkit, isSet);
     if (error == AXError::success || conversation_.hasGivenUp()) return error;
     startsWithAdd ? setFirst() : add();
-    return await(toolkit, isSet);
+    return await(holder, toolkit, isSet);
 }
 
 }  // namespace veltrin::AtSpi

@@ -101,8 +101,11 @@ OffsetRange TextOffsets::selection(const OffsetRange& reported) const {
     return range;
 }
 
-bool TextOffsets::isSelectionKnown(const OffsetRange& reported, qint64 caret) const {
-    return !convertsTwice_ || reported != OffsetRange{} || caret <= 0;
+OffsetRange TextOffsets::reportOf(const OffsetRange& actual) const {
+    if (!convertsTwice_) return actual;
+    const auto cutsPair = [this](qint64 unit) { return unit > 0 && isPairAt(text_, unit - 1); };
+    if (cutsPair(actual.start) || cutsPair(actual.end)) return {};
+    return {toToolkit(actual.start), toToolkit(actual.end)};
 }
 
 }  // namespace veltrin::AtSpi

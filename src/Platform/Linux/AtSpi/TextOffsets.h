@@ -45,9 +45,14 @@ public:
     /// code points twice over; that is undone here. Other toolkits' selections come back ordered, else
     /// unchanged.
     OffsetRange selection(const OffsetRange& reported) const;
-    /// False when `reported` is what Chromium says of a selection that it could not convert; `caret` is its
-    /// caret.
-    bool isSelectionKnown(const OffsetRange& reported, qint64 caret) const;
+    /// What the toolkit reports, ordered, when `actual` is selected; the inverse of `selection`. Chromium
+    /// reports (0, 0) of a selection that it can't convert.
+    OffsetRange reportOf(const OffsetRange& actual) const;
+    /// False when `reported` is what Chromium says of a selection that it could not convert. Only to be asked
+    /// where something is selected.
+    bool isSelectionKnown(const OffsetRange& reported) const {
+        return !convertsTwice_ || reported != OffsetRange{};
+    }
 
 private:
     QString text_;
