@@ -33,11 +33,13 @@ void forEachNumber(const char* folder, Function each) {
 
 std::vector<pid_t> processesMarked(const std::string& folder) {
     std::vector<pid_t> found;
-    const std::string wanted = std::string(1, '\0') + desktopMarker + '=' + folder + '\0';
+    std::string wanted(1, '\0');
+    for (const std::string& piece : {std::string(desktopMarker), std::string("="), folder, std::string(1, '\0')})
+        wanted += piece;
     forEachNumber("/proc", [&](pid_t pid) {
         if (pid == 1 || pid == getpid()) return;
-        const std::string environment =
-            std::string(1, '\0') + contentOf("/proc/" + std::to_string(pid) + "/environ");
+        std::string environment(1, '\0');
+        environment += contentOf("/proc/" + std::to_string(pid) + "/environ");
         if (environment.find(wanted) != std::string::npos) found.push_back(pid);
     });
     return found;
