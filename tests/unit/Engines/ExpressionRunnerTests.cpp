@@ -45,10 +45,11 @@ TEST_F(ExpressionRunnerTest, aTranslationGoesToTheModelAndComesBackTrimmed) {
     translation.targetLanguage = QStringLiteral("en");
     const auto outcome = run(translation);
     ASSERT_TRUE(outcome->value) << test::shown(outcome->errorDescription());
-    EXPECT_EQ(outcome->value->outputText, QStringLiteral("Good morning."));
-    EXPECT_EQ(outcome->value->sourceText, QStringLiteral("早上好。"));
-    EXPECT_EQ(outcome->value->plan.trigger, ExpressionTrigger::translate);
-    EXPECT_EQ(outcome->value->plan.decision, ExpressionDecision::proceed);
+    const ExpressionResult result = outcome->value.value_or(ExpressionResult());
+    EXPECT_EQ(result.outputText, QStringLiteral("Good morning."));
+    EXPECT_EQ(result.sourceText, QStringLiteral("早上好。"));
+    EXPECT_EQ(result.plan.trigger, ExpressionTrigger::translate);
+    EXPECT_EQ(result.plan.decision, ExpressionDecision::proceed);
     ASSERT_EQ(http.requests.size(), 1U);
     const Json body = sent(0);
     EXPECT_TRUE(body.find(u"prompt")->toString()->contains(QStringLiteral("翻译成English")));
@@ -68,7 +69,8 @@ TEST_F(ExpressionRunnerTest, theAgentOfAShortcutReachesThePrompt) {
     const test::LogCapture log;
     const auto outcome = run(shortcut);
     ASSERT_TRUE(outcome->value) << test::shown(outcome->errorDescription());
-    EXPECT_EQ(outcome->value->outputText, QStringLiteral("short"));
+    const ExpressionResult result = outcome->value.value_or(ExpressionResult());
+    EXPECT_EQ(result.outputText, QStringLiteral("short"));
     EXPECT_TRUE(sent(0).find(u"prompt")->toString()->contains(QStringLiteral("- 名称：简洁")));
     EXPECT_FALSE(log.lines().filter(QStringLiteral("external-shortcut")).isEmpty());
 }
@@ -78,7 +80,8 @@ TEST_F(ExpressionRunnerTest, anAnswerIsAskedForAgainWithARaisedLimit) {
     answer(QStringLiteral("better"));
     const auto outcome = run(request(ExpressionTrigger::optimize, QStringLiteral("some text to improve")));
     ASSERT_TRUE(outcome->value) << test::shown(outcome->errorDescription());
-    EXPECT_EQ(outcome->value->outputText, QStringLiteral("better"));
+    const ExpressionResult result = outcome->value.value_or(ExpressionResult());
+    EXPECT_EQ(result.outputText, QStringLiteral("better"));
     ASSERT_EQ(http.requests.size(), 2U);
     EXPECT_EQ(sent(0).find(u"options")->find(u"num_predict")->toInteger(), 1024);
     EXPECT_EQ(sent(1).find(u"options")->find(u"num_predict")->toInteger(), 2048);
@@ -89,8 +92,9 @@ TEST_F(ExpressionRunnerTest, textThatNeedsNoTransformPassesWithoutAModel) {
     plain.requiresTransform = false;
     const auto outcome = run(plain);
     ASSERT_TRUE(outcome->value);
-    EXPECT_EQ(outcome->value->outputText, QStringLiteral("as it stands"));
-    EXPECT_EQ(outcome->value->sourceText, QStringLiteral("  as it stands \n"));
+    const ExpressionResult result = outcome->value.value_or(ExpressionResult());
+    EXPECT_EQ(result.outputText, QStringLiteral("as it stands"));
+    EXPECT_EQ(result.sourceText, QStringLiteral("  as it stands \n"));
     EXPECT_TRUE(http.requests.empty());
 }
 
@@ -114,7 +118,8 @@ TEST_F(ExpressionRunnerTest, aRunOutlivesItsRunner) {
     EXPECT_FALSE(outcome->finished());
     ASSERT_TRUE(http.release());
     ASSERT_TRUE(outcome->value) << test::shown(outcome->errorDescription());
-    EXPECT_EQ(outcome->value->outputText, QStringLiteral("late answer"));
+    const ExpressionResult result = outcome->value.value_or(ExpressionResult());
+    EXPECT_EQ(result.outputText, QStringLiteral("late answer"));
 }
 
 }  // namespace

@@ -227,11 +227,10 @@ TEST(ExternalActionPipeline, aShortcutActionBringsItsAgentAndItsSlotCountedFromO
         session(source));
     ASSERT_EQ(world.requests.size(), 1U);
     EXPECT_EQ(world.requests[0].trigger, ExpressionTrigger::shortcut);
-    ASSERT_TRUE(world.requests[0].mode);
-    EXPECT_EQ(world.requests[0].mode->name, QStringLiteral("口语化"));
-    EXPECT_EQ(world.requests[0].mode->slot, 2);
-    ASSERT_TRUE(world.requests[0].mode->agentSpec);
-    EXPECT_EQ(world.requests[0].mode->agentSpec->name, QStringLiteral("口语化"));
+    const ExpressionMode mode = world.requests[0].mode.value_or(ExpressionMode());
+    EXPECT_EQ(mode.name, QStringLiteral("口语化"));
+    EXPECT_EQ(mode.slot, 2);
+    EXPECT_EQ(mode.agentSpec.value_or(AgentSpec()).name, QStringLiteral("口语化"));
     EXPECT_TRUE(world.events.contains(QStringLiteral("behaviour memoryAction(口语化,slot:2)")));
     EXPECT_TRUE(world.events.contains(QStringLiteral("completed optimize")));
 }
@@ -432,10 +431,10 @@ TEST(ExternalActionPipeline, recommendationsAreRecordedOneByOneAndWrittenWithout
                     "check repo - Cursor", "write '★ /help — 获取帮助\n☆ loop — 重复' part",
                     "behaviour commandRecommend", "dismiss", "completed optimize"}));
     EXPECT_EQ(world.recommendedContext, session(source).readResult.textContext.promptBlock());
-    ASSERT_TRUE(world.recommendedFor);
-    EXPECT_EQ(world.recommendedFor->appName, QStringLiteral("Editor"));
-    EXPECT_EQ(world.recommendedFor->windowTitle, QStringLiteral("repo - Cursor"));
-    EXPECT_TRUE(world.recommendedFor->sceneHint.startsWith(QStringLiteral("开发工具场景")));
+    const auto application = world.recommendedFor.value_or(ExternalAppContext());
+    EXPECT_EQ(application.appName, QStringLiteral("Editor"));
+    EXPECT_EQ(application.windowTitle, QStringLiteral("repo - Cursor"));
+    EXPECT_TRUE(application.sceneHint.startsWith(QStringLiteral("开发工具场景")));
 }
 
 TEST(ExternalActionPipeline, withoutRecommendationsTheEmptyTextGoesToTheTargetStep) {

@@ -129,7 +129,8 @@ TEST_F(LocatorTest, withoutAFocusedElementTheWindowIsEstimated) {
 }
 
 TEST_F(LocatorTest, weChatWithoutAFocusedElementIsNeverEstimated) {
-    workspace.frontmost->bundleIdentifier = QStringLiteral("com.tencent.xinWeChat");
+    workspace.frontmost =
+        RunningApplication{42, QStringLiteral("WeChat"), QStringLiteral("com.tencent.xinWeChat"), 0};
     {
         noFocus();
         LogCapture log;
@@ -193,7 +194,7 @@ TEST_F(LocatorTest, ourOwnWindowIsLocatedAndNoted) {
         QStringLiteral("AX locator note: frontmost app is Veltrin; this is not an external text target")));
     EXPECT_TRUE(
         log.has(QStringLiteral("AX frontmost app: unknown pid: 42 bundle: com.veltrin.app isSelf: true")));
-    workspace.frontmost->bundleIdentifier.reset();
+    workspace.frontmost = RunningApplication{42, std::nullopt, std::nullopt, 0};
     anchor();
     EXPECT_TRUE(log.has(QStringLiteral("AX frontmost app: unknown pid: 42 bundle: nil isSelf: false")));
 }

@@ -164,7 +164,8 @@ TEST_F(ReaderTest, withoutAFrontmostApplicationThereIsNothing) {
 }
 
 TEST_F(ReaderTest, ourOwnFieldIsReadAndMarked) {
-    workspace.frontmost->bundleIdentifier = QStringLiteral("com.veltrin.app");
+    workspace.frontmost =
+        RunningApplication{42, QStringLiteral("Veltrin"), QStringLiteral("com.veltrin.app"), 7};
     fill(QStringLiteral("own"), {3, 0});
     LogCapture log;
     const auto result = read();
@@ -175,8 +176,7 @@ TEST_F(ReaderTest, ourOwnFieldIsReadAndMarked) {
 }
 
 TEST_F(ReaderTest, aMissingNameAndIdentifierBecomeWords) {
-    workspace.frontmost->localizedName.reset();
-    workspace.frontmost->bundleIdentifier.reset();
+    workspace.frontmost = RunningApplication{42, std::nullopt, std::nullopt, 7};
     field->attributes.erase(AXAttribute::role);
     fill(QStringLiteral("x"), {1, 0});
     LogCapture log;

@@ -40,7 +40,7 @@ protected:
     }
     ExternalTextWritebackResult apply(const QString& text, const ExternalTextReadResult& to,
                                       bool all = false) {
-        const auto result = writer->apply(text, to, all);
+        auto result = writer->apply(text, to, all);
         desktop.advance(0.1);  // the keys arrive
         return result;
     }
