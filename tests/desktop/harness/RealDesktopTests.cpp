@@ -63,8 +63,9 @@ TEST(RealDesktop, isEndedByItsKeeperWhenTheTestProgramDies) {
         told.closeWrite();
         QString folder;
         QByteArray pending;
-        for (auto line = readLine(told.read, pending, 20); line; line = readLine(told.read, pending, 20)) {
-            if (line->startsWith("folder ")) folder = QString::fromLatin1(line->mid(7));
+        const QByteArray end = "(end)";
+        for (QByteArray line; line != end; line = readLine(told.read, pending, 20).value_or(end)) {
+            if (line.startsWith("folder ")) folder = QString::fromLatin1(line.mid(7));
         }
         EXPECT_TRUE(program.waitForExit(5));
         EXPECT_EQ(program.exitStatus(), -signalNumber);
@@ -183,11 +184,13 @@ TEST(XWithoutXInput, cutsItsConnectionsWhenTold) {
 
 TEST(Waiting, runsTheEventLoopUntilTheConditionHolds) {
     bool happened = false;
-    QTimer::singleShot(0, [&] { happened = true; });
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, [&happened] { happened = true; });
+    timer.start(0);
     EXPECT_TRUE(eventually(1, [&] { return happened; }));
     const double begin = monotonicSeconds();
     EXPECT_FALSE(eventually(0.1, [] { return false; }));
-    EXPECT_NEAR(monotonicSeconds() - begin, 0.1, 0.05);
+    EXPECT_GE(monotonicSeconds() - begin, 0.1);
 }
 
 }  // namespace

@@ -63,14 +63,22 @@ TEST_F(TypistTest, tapsKeepTheirPace) {
     RawKeys keys(desktop());
     const auto moments = typist().tapSpace(3, 0.15, 0.04);
     ASSERT_EQ(moments.size(), 3U);
-    EXPECT_NEAR(moments[1] - moments[0], 0.15, 0.03);
-    EXPECT_NEAR(moments[2] - moments[0], 0.30, 0.03);
     const auto events = keys.take();
     ASSERT_EQ(events.size(), 6U);
-    EXPECT_NEAR(events[1].time - events[0].time, 40, 25);
-    EXPECT_NEAR(events[2].time - events[0].time, 150, 30);
-    // The server's time stamps are the clock of the moments.
-    EXPECT_NEAR(events[0].time * 1e-3, moments[0], 0.05);
+    // A busy machine makes a tap late, never early, and lateness does not add up.
+    constexpr double late = 0.2;
+    for (std::size_t tap = 0; tap < 3; ++tap) {
+        const double due = 0.15 * static_cast<double>(tap);
+        const double pressed = moments[tap] - moments[0];
+        EXPECT_GT(pressed, due - late);
+        EXPECT_LT(pressed, due + late);
+        const auto& press = events[2 * tap];
+        EXPECT_TRUE(press.isPress);
+        EXPECT_FALSE(events[2 * tap + 1].isPress);
+        // The server's time stamps are the clock of the moments, which tell when a press really happened.
+        EXPECT_NEAR(press.time * 1e-3, moments[tap], 0.03);
+    }
+    EXPECT_GE(events[5].time - events[0].time, 335U);
 }
 
 TEST_F(TypistTest, releasesWhatItHoldsAtItsEnd) {

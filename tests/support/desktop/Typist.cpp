@@ -63,7 +63,11 @@ struct Typist::Devices {
     }
     Devices(const Devices&) = delete;
     Devices& operator=(const Devices&) = delete;
-    ~Devices() { XCloseDisplay(display); }
+    ~Devices() {
+        XCloseDevice(display, keyboard);
+        XCloseDevice(display, mouse);
+        XCloseDisplay(display);
+    }
 };
 
 Typist::Typist(RealDesktop& desktop, Device device)

@@ -34,7 +34,8 @@ public:
     /// one press to the next, half of which the key is held.
     void type(const QString& text, double gap = 0.012);
 
-    /// When each tap was pressed.
+    /// When each tap was really pressed. A busy machine may be late by tens of milliseconds; a test of a
+    /// limit in time judges by these, not by what it asked for.
     using Moments = std::vector<double>;
     /// Taps the space bar. `gap` runs from press to press, `hold` from press to release.
     Moments tapSpace(int count, double gap, double hold = 0.03);

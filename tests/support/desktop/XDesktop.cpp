@@ -83,7 +83,8 @@ QList<xcb_window_t> XDesktop::windows() {
     if (!hasWindowManager()) return rootChildren();
     const QByteArray list = property(root(), "_NET_CLIENT_LIST");
     QList<xcb_window_t> found(list.size() / 4);
-    std::memcpy(found.data(), list.constData(), static_cast<std::size_t>(found.size()) * 4);
+    if (!found.isEmpty())
+        std::memcpy(found.data(), list.constData(), static_cast<std::size_t>(found.size()) * 4);
     found.removeIf([this](xcb_window_t window) { return !isViewable(window); });
     return found;
 }
