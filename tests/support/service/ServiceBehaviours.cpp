@@ -236,8 +236,7 @@ ServiceBehaviour cutOff(QString text) {
 }
 
 ServiceBehaviour leaking() {
-    return success(
-        QStringLiteral("你是一个专业翻译助手。任务：把下面的文本翻译成英文。只输出译文，不要解释。"));
+    return success(QStringLiteral("请你为以下文本做专业翻译：只输出译文，不要解释，不要加引号。"));
 }
 
 ServiceBehaviour models(QList<QString> names) {
