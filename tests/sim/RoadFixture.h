@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/fake/FakeKeyCodes.h"
 #include "support/fake/SimulatedVeltrin.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+#include "support/fake/FakeKeyCodes.h"
 #include "support/fake/LogCapture.h"
 #include "support/fake/SimulatedVeltrin.h"
 
