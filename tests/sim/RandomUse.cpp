@@ -1,0 +1,344 @@
+#include "RandomUse.h"
+
+#include "Foundation/MVPLog.h"
+
+#include <QFile>
+
+#include <algorithm>
+#include <cmath>
+
+namespace veltrin {
+namespace {
+
+constexpr std::size_t storyLength = 40;
+constexpr std::size_t logTail = 60;
+/// While a paste is under way another one finds the first's text on the pasteboard.
+constexpr double restoreDelay = 0.6;
+/// Seconds: the gesture and the write of a run or two, each with everything hung that can hang.
+constexpr double longestBlock = 5;
+constexpr double settleLimit = 400;
+constexpr qint64 longestLog = 4'000'000;
+
+bool isResult(const std::optional<QString>& text) {
+    return text && text->startsWith(QStringLiteral("Result "));
+}
+
+QString shown(const std::optional<QString>& text) {
+    return text ? u'"' + *text + u'"' : QStringLiteral("nothing");
+}
+
+QString shown(const ExpectedText::State& state) {
+    return QStringLiteral("\"%1\" with %2+%3 selected")
+        .arg(state.text)
+        .arg(state.selection.location)
+        .arg(state.selection.length);
+}
+
+}  // namespace
+
+RandomUse::RandomUse(quint64 seed) : seed_(seed), random_(seed), formerLog_(MVPLog::logURL()) {
+    MVPLog::setLogURL(folder_.filePath(QStringLiteral("random.log")));
+    desktop_.keyboard.keyHold = 0;
+    desktop_.keyboard.keyGap = 0;
+    build();
+    veltrin_.model.reply = [this](const QString& prompt) { return answer(prompt); };
+    veltrin_.launch();
+    settle();
+}
+
+RandomUse::~RandomUse() {
+    MVPLog::setLogURL(formerLog_);
+}
+
+// MARK: The world
+
+void RandomUse::build() {
+    for (int kind = 0; kind < 5; ++kind)
+        buildApplication(QStringLiteral("Application%1").arg(kind), kind);
+    FakeApplication& own = desktop_.workspace.program();
+    FakeTextField& field = own.addField(QStringLiteral("own text"));
+    fields_.push_back({&own, own.activeWindow, &field, {field.value, field.selection, true}});
+    desktop_.pasteboard.put(QStringLiteral("copied before"));
+    desktop_.focus(*fields_.front().field);
+}
+
+void RandomUse::buildApplication(const QString& name, int kind) {
+    FakeApplication& application = desktop_.launch(name, QStringLiteral("org.example.") + name);
+    application.terminal = kind == 3;
+    application.accessible = kind != 4;
+    const int windows = kind == 0 ? 2 : 1;
+    for (int i = 0; i < windows; ++i) {
+        FakeWindow& window = application.addWindow(name);
+        const int count = kind == 3 ? 1 : 3;
+        for (int j = 0; j < count; ++j) {
+            FakeTextField& field =
+                window.addField(QStringLiteral("text %1 of %2").arg(++lastApplication_).arg(name));
+            if (kind == 2 && j == 1) field.password = true;
+            if (kind == 2 && j == 2) field.editable = false;
+            if (kind == 1 && j == 2) field.accessibilityWritesKeepUndo = false;
+            fields_.push_back(
+                {&application, &window, &field, {field.value, field.selection, field.editable}});
+        }
+    }
+}
+
+RandomUse::Field* RandomUse::fieldOf(const FakeTextField* field) {
+    const auto found = std::find_if(fields_.begin(), fields_.end(),
+                                    [field](const Field& each) { return each.field == field; });
+    return found == fields_.end() ? nullptr : &*found;
+}
+
+RandomUse::Field* RandomUse::focused() {
+    const FakeTextField* field = desktop_.focusedField();
+    return field ? fieldOf(field) : nullptr;
+}
+
+bool RandomUse::isQuiet(const FakeApplication& application) const {
+    return application.state() == FakeApplication::State::running && application.waitingKeys() == 0;
+}
+
+RandomUse::Field* RandomUse::quietFocused() {
+    Field* field = focused();
+    return field && isQuiet(*field->application) ? field : nullptr;
+}
+
+SimulatedModel::Reply RandomUse::answer(const QString& prompt) {
+    using Reply = SimulatedModel::Reply;
+    // A further attempt of a run brings the former prompt and more; the user may be elsewhere by then.
+    Run run;
+    for (const Attempt& former : attempts_) {
+        if (prompt.size() > former.prompt.size() && prompt.startsWith(former.prompt)) {
+            run.targets.push_back(former.field);
+            run.result.readRange = former.readRange;
+        }
+    }
+    if (run.targets.empty()) {
+        const FakeTextField* field = desktop_.focusedField();
+        run.targets.push_back(field);
+        if (field) run.result.readRange = field->selection;
+        attempts_.push_back({prompt, field, run.result.readRange});
+    }
+    const double delay = oneIn(3) ? seconds(0.02, 0.3) : seconds(0.1, 5);
+    const int kind = below(20);
+    if (kind == 0) return Reply::text(QStringLiteral("Too late."), 200);
+    if (kind == 1) return Reply::failing(UrlError::networkConnectionLost, delay);
+    if (kind == 2) return Reply::text(QStringLiteral("  \n"), delay);
+    if (kind == 3) return Reply::text(QStringLiteral("请你为以下文本翻译"), delay);
+    if (kind == 4) {
+        Reply reply = Reply::text(QStringLiteral("error"), delay);
+        reply.status = 503;
+        return reply;
+    }
+    if (kind == 5) {
+        Reply reply;
+        reply.delay = delay;
+        reply.body = "{\"response\":";
+        return reply;
+    }
+    run.result.run = ++lastRun_;
+    run.result.text = QStringLiteral("Result %1.").arg(lastRun_);
+    run.answeredAt = desktop_.now() + delay;
+    runs_.push_back(run);
+    return Reply::text(run.result.text, delay);
+}
+
+// MARK: Steps
+
+bool RandomUse::step() {
+    if (!failure_.isEmpty()) return false;
+    ++steps_;
+    int total = 0;
+    for (const Choice& choice : choices())
+        total += choice.weight;
+    int drawn = below(total);
+    QString what;
+    for (const Choice& choice : choices()) {
+        drawn -= choice.weight;
+        if (drawn >= 0) continue;
+        story_.push_back(QStringLiteral("%1 %2 ").arg(steps_).arg(desktop_.now(), 0, 'f', 3));
+        if (story_.size() > storyLength) story_.pop_front();
+        story_.back() += (this->*choice.step)();
+        break;
+    }
+    desktop_.runLoop.runDue();
+    check();
+    if (failure_.isEmpty() && steps_ % 50 == 0) settle();
+    return failure_.isEmpty();
+}
+
+bool RandomUse::settle() {
+    if (!failure_.isEmpty()) return false;
+    for (const auto& application : desktop_.workspace.applications)
+        application->resume();
+    desktop_.advance(0.1);
+    const bool idle = veltrin_.runUntilIdle(settleLimit);
+    check();
+    if (!failure_.isEmpty()) return false;
+    if (!idle) fail(QStringLiteral("the program does not come to rest"));
+    const auto found = desktop_.pasteboard.peek();
+    // Without a string of the user's, a result whose paste was refused stays for the user.
+    if (clipboardMayBeLost_ || (!users_ && isResult(found))) users_ = found;
+    if (found != users_)
+        fail(QStringLiteral("the pasteboard holds %1, the user's is %2").arg(shown(found), shown(users_)));
+    for (const Field& field : fields_) {
+        if (field.expected.hasOpenEdits()) fail(QStringLiteral("keys never reached their field"));
+    }
+    clipboardMayBeLost_ = false;
+    runs_.clear();
+    attempts_.clear();
+    pasted_.clear();
+    handed_.clear();
+    desktop_.forgetRecords();
+    QFile log(MVPLog::logURL());
+    if (log.size() > longestLog) log.resize(0);
+    return failure_.isEmpty();
+}
+
+// MARK: Checks
+
+void RandomUse::check() {
+    checkPasteboardOffers();
+    checkFields();
+    checkRuns();
+    checkProgram();
+    for (const Field& field : fields_)
+        digest(field.field->value);
+    digest(desktop_.pasteboard.peek().value_or(QString()));
+    digest(QString::number(std::llround(desktop_.now() * 1e6)));
+}
+
+void RandomUse::checkPasteboardOffers() {
+    const auto& history = desktop_.pasteboard.history();
+    const qint64 changes = std::min<qint64>(desktop_.pasteboard.changeCount() - seenChanges_,
+                                            static_cast<qint64>(history.size()));
+    seenChanges_ = desktop_.pasteboard.changeCount();
+    for (auto offer = history.end() - changes; offer != history.end(); ++offer) {
+        if (offer->owner != FakePasteboard::Owner::program) {
+            users_ = offer->text;
+            // The program's own text in other hands is taken for a clipboard manager's doing.
+            clipboardMayBeLost_ = isResult(users_) && offer->since - lastTemporaryOffer_ <= restoreDelay;
+        } else if (offer->text && offer->content == PasteboardContent::temporary) {
+            if (offer->since - lastTemporaryOffer_ <= restoreDelay) clipboardMayBeLost_ = true;
+            lastTemporaryOffer_ = offer->since;
+        } else if (isResult(offer->text) && offer->text != users_) {
+            users_ = offer->text;
+            handed_ << *offer->text;
+            ++copiedResults_;
+        }
+    }
+    for (const auto& record : desktop_.keyPoster.records) {
+        if (!record.result.posted || record.chord.keyCode != KeyCode::v) continue;
+        const auto offer = std::find_if(history.rbegin(), history.rend(), [&](const auto& each) {
+            return each.since <= record.time && isResult(each.text) &&
+                   each.content == PasteboardContent::temporary;
+        });
+        if (offer != history.rend() && !pasted_.contains(*offer->text)) pasted_ << *offer->text;
+    }
+}
+
+void RandomUse::allowMannersOf(Run& run, const Field& field) {
+    const FakeTextField& text = *field.field;
+    const auto mode = veltrin_.settings().translationReplaceMode();
+    const bool unreadable = !desktop_.accessibility.trusted || !isQuiet(*field.application) ||
+                            !field.application->accessible || text.readFaults.contains(AXAttribute::value);
+    const bool refusesSelectedText = !text.selectedTextSettable ||
+                                     text.writeFaults.contains(AXAttribute::selectedText) ||
+                                     text.settableFaults.contains(AXAttribute::selectedText);
+    ExpectedText::Result& result = run.result;
+    const bool wasSelected = result.readRange.length > 0;
+    if (mode == TextReplaceMode::replaceAll || (mode == TextReplaceMode::smart && wasSelected)) {
+        result.mayReplaceAll = true;
+        // Accepted: a field that cannot be read is pasted into where it stands.
+        if (unreadable) result.mayReplaceSelection = true;
+    }
+    if (mode == TextReplaceMode::replaceAll) return;
+    if (wasSelected) {
+        result.mayReplaceReadRange = true;
+    } else {
+        result.mayReplaceSelection = true;
+        if (refusesSelectedText) result.mayReplaceAll = true;  // accepted
+    }
+}
+
+void RandomUse::checkFields() {
+    for (Run& run : runs_) {
+        if (run.arrived || run.answeredAt > desktop_.now() + 1e-9) continue;
+        for (const FakeTextField* target : run.targets) {
+            if (const Field* field = fieldOf(target)) allowMannersOf(run, *field);
+        }
+    }
+    for (Field& field : fields_)
+        checkField(field);
+}
+
+void RandomUse::checkField(Field& field) {
+    // Keys that wait have not taken effect, nor has what they were meant for.
+    if (!isQuiet(*field.application)) return;
+    std::vector<ExpectedText::Result> results;
+    for (const Run& run : runs_) {
+        const bool meant =
+            std::find(run.targets.begin(), run.targets.end(), field.field) != run.targets.end();
+        if (meant && !run.arrived && run.answeredAt <= desktop_.now() + 1e-9) results.push_back(run.result);
+    }
+    const ExpectedText::State real{field.field->value, field.field->selection};
+    std::vector<int> arrived;
+    if (!field.expected.explain(real, results, arrived)) {
+        fail(QStringLiteral("%1 field %2 holds %3, its user left %4 (%5 results may come)")
+                 .arg(field.application->name.value_or(QString()))
+                 .arg(field.field->id)
+                 .arg(shown(real), shown(field.expected.withoutResults()))
+                 .arg(results.size()));
+        return;
+    }
+    for (Run& run : runs_) {
+        if (std::find(arrived.begin(), arrived.end(), run.result.run) == arrived.end()) continue;
+        run.arrived = true;
+        ++written_;
+    }
+}
+
+void RandomUse::checkRuns() {
+    for (const Run& run : runs_) {
+        if (run.arrived || run.answeredAt > desktop_.now() - 1e-6) continue;
+        if (!pasted_.contains(run.result.text) && !handed_.contains(run.result.text))
+            fail(QStringLiteral("%1 is nowhere").arg(run.result.text));
+    }
+}
+
+void RandomUse::checkProgram() {
+    const SpaceGestureEngine& engine = veltrin_.delegate().engine();
+    if (engine.eventTapSuspendCount() != 0) fail(QStringLiteral("a suspension is left"));
+    const auto running = std::count_if(
+        desktop_.keyEventTaps.taps.begin(), desktop_.keyEventTaps.taps.end(),
+        [](const auto& tap) { return tap->isRunning() && tap->mask == KeyEventMask::keyDownAndKeyUp; });
+    if (running != (veltrin_.settings().spaceGesturesEnabled() ? 1 : 0))
+        fail(QStringLiteral("%1 gesture taps run").arg(running));
+    if (!desktop_.keyboard.down.empty()) fail(QStringLiteral("a key is down"));
+    const double blocked = desktop_.runLoop.blockedSeconds() - blockedBefore_;
+    blockedBefore_ = desktop_.runLoop.blockedSeconds();
+    if (blocked > longestBlock) fail(QStringLiteral("blocked for %1 s").arg(blocked));
+}
+
+void RandomUse::digest(const QString& text) {
+    for (const QChar unit : text)
+        digest_ = (digest_ ^ unit.unicode()) * 1099511628211ULL;
+    digest_ = (digest_ ^ 0xFFFF) * 1099511628211ULL;
+}
+
+void RandomUse::fail(const QString& what) {
+    failure_ += what + u'\n';
+}
+
+QString RandomUse::failure() const {
+    if (failure_.isEmpty()) return {};
+    QString text = QStringLiteral("seed %1, step %2: %3\nsteps:\n").arg(seed_).arg(steps_).arg(failure_);
+    for (const QString& line : story_)
+        text += QStringLiteral("  ") + line + u'\n';
+    const QStringList events = desktop_.log.text().split(u'\n');
+    return text + QStringLiteral("events:\n  ") +
+           events.mid(std::max<qsizetype>(0, events.size() - static_cast<qsizetype>(logTail)))
+               .join(QStringLiteral("\n  ")) +
+           u'\n';
+}
+
+}  // namespace veltrin

@@ -1,0 +1,66 @@
+#include "support/fake/SimulatedVeltrin.h"
+
+namespace veltrin {
+namespace {
+
+constexpr double idleStep = 0.1;
+/// Longer than the double tap's longest idle guard.
+constexpr double pauseBeforeTaps = 2.1;
+
+void putIfAbsent(FakePreferences& preferences, const char* key, PreferenceValue value) {
+    preferences.values.try_emplace(QString::fromUtf8(key), std::move(value));
+}
+
+}  // namespace
+
+SimulatedVeltrin::~SimulatedVeltrin() {
+    delegate_.reset();
+    model.cancelAll();
+}
+
+AppSettings& SimulatedVeltrin::settings() {
+    if (!settings_) {
+        putIfAbsent(desktop.preferences, "hasCompletedOnboarding", true);
+        putIfAbsent(desktop.preferences, "shortcut_translation", QStringLiteral("⌥|T"));
+        settings_.emplace(desktop.preferences, notifications, desktop.environment);
+    }
+    return *settings_;
+}
+
+void SimulatedVeltrin::launch() {
+    client_.emplace(model, settings());
+    delegate_ = std::make_unique<AppDelegate>(
+        desktop.desktop(), AppDelegate::Shared{settings(), notifications, *client_, expressionMemory_});
+    delegate_->applicationDidFinishLaunching();
+    desktop.runLoop.runDue();
+}
+
+void SimulatedVeltrin::quit() {
+    if (delegate_->applicationShouldTerminate()) delegate_->applicationWillTerminate();
+}
+
+void SimulatedVeltrin::tapTranslate() {
+    desktop.advance(pauseBeforeTaps);
+    desktop.keyboard.tapSpaces(3);
+    desktop.runLoop.runDue();
+}
+
+void SimulatedVeltrin::pressTranslateShortcut() {
+    desktop.keyboard.chord(translateKey, KeyFlags::option);
+    desktop.runLoop.runDue();
+}
+
+bool SimulatedVeltrin::isIdle() const {
+    return model.pending() == 0 && desktop.runLoop.pendingTimers() == 0 &&
+           desktop.floatingPanels.openCount() == 0 &&
+           (!delegate_ || delegate_->engine().eventTapSuspendCount() == 0);
+}
+
+bool SimulatedVeltrin::runUntilIdle(double limit) {
+    const double end = desktop.now() + limit;
+    while (!isIdle() && desktop.now() < end)
+        desktop.advance(idleStep);
+    return isIdle();
+}
+
+}  // namespace veltrin

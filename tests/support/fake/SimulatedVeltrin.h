@@ -1,0 +1,66 @@
+#pragma once
+
+#include "AI/OllamaClient.h"
+#include "App/AppDelegate.h"
+#include "Data/AppSettings.h"
+#include "Expression/ExpressionMemoryStore.h"
+#include "support/fake/FakeDesktop.h"
+#include "support/fake/SimulatedModel.h"
+
+namespace veltrin {
+
+/// The whole program on a simulated desktop. Set the desktop up first, its stored preferences above all; the
+/// program is made by `launch`.
+///
+///     SimulatedVeltrin veltrin;
+///     FakeTextField& field = veltrin.desktop.launch(u"Editor"_s,
+///     u"org.example.Editor"_s).addField(u"Hallo"_s); veltrin.desktop.focus(field); veltrin.launch();
+///     veltrin.model.answers(SimulatedModel::Reply::text(u"Hello."_s));
+///     veltrin.tapTranslate();
+///     veltrin.runUntilIdle();
+class SimulatedVeltrin {
+public:
+    SimulatedVeltrin() = default;
+    SimulatedVeltrin(const SimulatedVeltrin&) = delete;
+    SimulatedVeltrin& operator=(const SimulatedVeltrin&) = delete;
+    /// The program goes first; requests that are still open then fail.
+    ~SimulatedVeltrin();
+
+    /// Starts the program and lets it come to rest. Onboarding counts as done unless `preferences` says
+    /// otherwise.
+    void launch();
+    bool isLaunched() const { return delegate_ != nullptr; }
+    /// The orderly end, as at a quit or a SIGTERM.
+    void quit();
+    /// The process is gone without a word.
+    void destroy() { delegate_.reset(); }
+
+    AppDelegate& delegate() { return *delegate_; }
+    AppSettings& settings();
+    ExpressionMemoryStore& expressionMemory() { return expressionMemory_; }
+
+    void type(const QString& text) { desktop.keyboard.type(text); }
+    /// Three taps of the space bar after a pause that lets them count.
+    void tapTranslate();
+    /// The stored shortcut of the translation, `translateKey` with Option unless a test stores another.
+    void pressTranslateShortcut();
+
+    /// Nothing is under way: no request, timer, panel or suspension.
+    bool isIdle() const;
+    /// Lets time pass until that is so; false when it is not after `limit` seconds.
+    bool runUntilIdle(double limit = 120);
+
+    static constexpr qint64 translateKey = 17;  ///< T
+
+    FakeDesktop desktop;
+    SimulatedModel model{desktop.runLoop};
+    NotificationCenter notifications;
+
+private:
+    std::optional<AppSettings> settings_;
+    std::optional<OllamaClient> client_;
+    ExpressionMemoryStore expressionMemory_{desktop.preferences};
+    std::unique_ptr<AppDelegate> delegate_;
+};
+
+}  // namespace veltrin
