@@ -29,6 +29,9 @@ protected:
         const ExpressionRunner runner{OllamaClient(http, settings)};
         return follow(runner.runExpression(of));
     }
+    QString prompt(std::size_t index) const {
+        return sent(index).find(u"prompt")->toString().value_or(QString());
+    }
     Json sent(std::size_t index) const { return Json::parse(http.requests.at(index).body); }
 
     FakePreferences preferences;
@@ -52,7 +55,7 @@ TEST_F(ExpressionRunnerTest, aTranslationGoesToTheModelAndComesBackTrimmed) {
     EXPECT_EQ(result.plan.decision, ExpressionDecision::proceed);
     ASSERT_EQ(http.requests.size(), 1U);
     const Json body = sent(0);
-    EXPECT_TRUE(body.find(u"prompt")->toString()->contains(QStringLiteral("翻译成English")));
+    EXPECT_TRUE(prompt(0).contains(QStringLiteral("翻译成English")));
     EXPECT_EQ(body.find(u"options")->find(u"temperature")->toDouble(), 0.2);
     EXPECT_EQ(body.find(u"options")->find(u"num_predict")->toInteger(), 1024);
     EXPECT_FALSE(log.lines().filter(QStringLiteral("external-translate")).isEmpty());
@@ -71,7 +74,7 @@ TEST_F(ExpressionRunnerTest, theAgentOfAShortcutReachesThePrompt) {
     ASSERT_TRUE(outcome->value) << test::shown(outcome->errorDescription());
     const ExpressionResult result = outcome->value.value_or(ExpressionResult());
     EXPECT_EQ(result.outputText, QStringLiteral("short"));
-    EXPECT_TRUE(sent(0).find(u"prompt")->toString()->contains(QStringLiteral("- 名称：简洁")));
+    EXPECT_TRUE(prompt(0).contains(QStringLiteral("- 名称：简洁")));
     EXPECT_FALSE(log.lines().filter(QStringLiteral("external-shortcut")).isEmpty());
 }
 
