@@ -13,7 +13,7 @@
 namespace veltrin {
 namespace {
 
-constexpr qint64 largestFile = 1024 * 1024;
+constexpr qint64 largestFile = qint64{1024} * 1024;
 
 QString applicationsOf(const QString& folder) {
     return folder + QStringLiteral("/applications");
@@ -79,7 +79,7 @@ QString programOf(const QString& exec) {
     }
     if (!word.isEmpty()) words << word;
     for (const QString& candidate : std::as_const(words)) {
-        const QString name = candidate.section(u'/', -1);
+        QString name = candidate.section(u'/', -1);
         if (name != QStringLiteral("env") && !name.contains(u'=')) return name;
     }
     return {};

@@ -131,7 +131,7 @@ void X11KeyListener::run() {
         }
         const auto now = monotonicNow();
         if (reloadAt_ && now >= *reloadAt_) reloadKeymap();
-        if (repeats_.due() && now >= *repeats_.due()) makeRepeat();
+        if (const auto due = repeats_.due(); due && now >= *due) makeRepeat();
         waitForMore();
     }
 }
@@ -333,8 +333,9 @@ void X11KeyListener::grabbedRelease(const DeviceEvent& event) {
 }
 
 void X11KeyListener::makeRepeat() {
-    const auto due = repeats_.due();
-    const auto key = repeats_.take(monotonicNow());
+    const auto now = monotonicNow();
+    const auto due = repeats_.due().value_or(now);
+    const auto key = repeats_.take(now);
     if (!key) return;
     {
         const std::lock_guard guard(mutex_);
@@ -350,7 +351,7 @@ void X11KeyListener::makeRepeat() {
         repeats_.stop();
         return;
     }
-    auto report = keyEvent(KeyEventType::keyDown, *key, modifiers_, *due);
+    auto report = keyEvent(KeyEventType::keyDown, *key, modifiers_, due);
     report.isAutoRepeat = true;
     questions_.tell(report);
 }

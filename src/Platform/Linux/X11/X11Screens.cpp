@@ -70,6 +70,7 @@ std::vector<Screen> X11Screens::screens() const {
     if (workArea.isEmpty()) workArea = rectangleAt(words, 0);
 
     std::vector<Screen> result;
+    result.reserve(monitors.size());
     for (const auto& [primary, frame] : monitors) {
         result.push_back({turned(frame, desktopHeight), turned(visiblePart(frame, workArea), desktopHeight)});
     }

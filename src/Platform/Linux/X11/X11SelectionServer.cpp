@@ -29,7 +29,7 @@ constexpr seconds postedPatience{10};
 constexpr xcb_timestamp_t changeSlack = 50;
 constexpr seconds transferPatience{5};
 /// Longer content goes in pieces of this size.
-constexpr qsizetype pieceSize = 192 * 1024;
+constexpr qsizetype pieceSize = qsizetype{192} * 1024;
 
 bool isBefore(xcb_timestamp_t a, xcb_timestamp_t b) {
     return static_cast<std::int32_t>(a - b) < 0;
@@ -238,10 +238,14 @@ xcb_window_t X11SelectionServer::clientOf(xcb_window_t window) const {
     return window & ~xcb_get_setup(connection_->xcb())->resource_id_mask;
 }
 
-bool X11SelectionServer::isPostedPaste(const xcb_selection_request_event_t& event,
-                                       Clock::time_point now) const {
-    return posted_ && posted_->client == clientOf(event.requestor) && now - posted_->when < postedPatience &&
-           (event.time == XCB_CURRENT_TIME || isBefore(event.time, held_.back().since + changeSlack));
+/// The offer that a posted paste was made with, when this request is the one it leads to.
+std::optional<std::uint64_t> X11SelectionServer::offerOfPostedPaste(
+    const xcb_selection_request_event_t& event, Clock::time_point now) const {
+    if (!posted_ || posted_->client != clientOf(event.requestor)) return std::nullopt;
+    const bool isLate = now - posted_->when > postedPatience;
+    const bool isTimed =
+        event.time != XCB_CURRENT_TIME && !isBefore(event.time, held_.back().since + changeSlack);
+    return isLate || isTimed ? std::nullopt : std::optional(posted_->number);
 }
 
 bool X11SelectionServer::isText(xcb_atom_t target) const {
@@ -254,10 +258,8 @@ const X11SelectionServer::Held* X11SelectionServer::heldFor(const xcb_selection_
     const auto now = Clock::now();
     std::erase_if(late_, [&](const auto& entry) { return now - entry.second.when > requestorRemembered; });
     if (held_.empty()) return nullptr;
-    std::optional<std::uint64_t> wanted;
-    if (isPostedPaste(event, now)) {
-        wanted = posted_->number;
-    } else if (event.time == XCB_CURRENT_TIME) {
+    auto wanted = offerOfPostedPaste(event, now);
+    if (!wanted && event.time == XCB_CURRENT_TIME) {
         const auto before = late_.find(event.requestor);
         wanted = before != late_.end() ? before->second.number : held_.back().number;
     }

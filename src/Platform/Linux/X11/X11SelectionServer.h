@@ -86,8 +86,8 @@ private:
               xcb_timestamp_t since);
     std::optional<Content> convert(xcb_atom_t target, const Offer& offer, xcb_timestamp_t since) const;
     xcb_window_t clientOf(xcb_window_t window) const;
-    bool isPostedPaste(const xcb_selection_request_event_t& event,
-                       std::chrono::steady_clock::time_point now) const;
+    std::optional<std::uint64_t> offerOfPostedPaste(const xcb_selection_request_event_t& event,
+                                                    std::chrono::steady_clock::time_point now) const;
     bool isText(xcb_atom_t target) const;
     const Held* heldFor(const xcb_selection_request_event_t& event);
     void continueTransfer(const xcb_property_notify_event_t& event);
