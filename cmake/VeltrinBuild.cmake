@@ -38,7 +38,11 @@ if(VELTRIN_MOLD)
 endif()
 if(VELTRIN_SANITIZE)
     target_compile_options(veltrin_build INTERFACE
-        -fsanitize=${VELTRIN_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all -O1)
+        -fsanitize=${VELTRIN_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all -g1)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        # The instrumentation hides initialisations from GCC 12.
+        target_compile_options(veltrin_build INTERFACE -Wno-maybe-uninitialized)
+    endif()
     target_link_options(veltrin_build INTERFACE -fsanitize=${VELTRIN_SANITIZE})
 endif()
 if(VELTRIN_FUZZ)
