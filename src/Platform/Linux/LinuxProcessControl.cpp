@@ -4,12 +4,14 @@
 #include <QProcess>
 #include <QWindow>
 
-#include <cstdio>
 #include <unistd.h>
+
+#include <cstdio>
 
 namespace veltrin {
 
-std::optional<QString> LinuxProcessControl::launchDetached(const QString& program, const QStringList& arguments) {
+std::optional<QString> LinuxProcessControl::launchDetached(const QString& program,
+                                                           const QStringList& arguments) {
     beforeRelaunch_();
     QProcess process;
     process.setProgram(program);
@@ -18,10 +20,13 @@ std::optional<QString> LinuxProcessControl::launchDetached(const QString& progra
     return process.errorString();
 }
 
-void LinuxProcessControl::exitImmediately(int status) { _exit(status); }
+void LinuxProcessControl::exitImmediately(int status) {
+    _exit(status);
+}
 
 void LinuxProcessControl::closeAllWindows() {
-    for (QWindow* window : QGuiApplication::topLevelWindows()) window->close();
+    for (QWindow* window : QGuiApplication::topLevelWindows())
+        window->close();
 }
 
 void LinuxProcessControl::systemLog(const QString& line) {

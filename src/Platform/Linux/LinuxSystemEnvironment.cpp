@@ -18,7 +18,8 @@ const QString colorScheme = QStringLiteral("color-scheme");
 
 /// 1 is dark, 2 is light, 0 is no preference. Old portals wrap the number in a second variant.
 bool saysDark(QVariant value) {
-    while (value.canConvert<QDBusVariant>()) value = value.value<QDBusVariant>().variant();
+    while (value.canConvert<QDBusVariant>())
+        value = value.value<QDBusVariant>().variant();
     return value.toUInt() == 1;
 }
 

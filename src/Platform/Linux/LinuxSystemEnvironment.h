@@ -10,8 +10,8 @@ class QDBusVariant;
 
 namespace veltrin {
 
-/// The user's languages from the locale, and the desktop's light or dark look from the settings portal. The look is
-/// asked for without waiting; until the portal answers, and where there is none, it is light.
+/// The user's languages from the locale, and the desktop's light or dark look from the settings portal. The
+/// look is asked for without waiting; until the portal answers, and where there is none, it is light.
 class LinuxSystemEnvironment final : public QObject, public SystemEnvironment {
     Q_OBJECT
 public:

@@ -16,9 +16,12 @@ constexpr int activationMilliseconds = 2'000;
 
 }  // namespace
 
-SingleInstance::SingleInstance(QString name) : name_(std::move(name)), bus_(QDBusConnection::sessionBus()) {}
+SingleInstance::SingleInstance(QString name) : name_(std::move(name)), bus_(QDBusConnection::sessionBus()) {
+}
 
-SingleInstance::~SingleInstance() { release(); }
+SingleInstance::~SingleInstance() {
+    release();
+}
 
 QString SingleInstance::objectPath() const {
     QString path = name_;
@@ -31,8 +34,9 @@ SingleInstance::Outcome SingleInstance::acquire(double seconds) {
     // The object stands before the name, so that whoever finds the name can also call.
     bus_.registerObject(objectPath(), this, QDBusConnection::ExportAllSlots);
     for (;;) {
-        const QDBusReply<QDBusConnectionInterface::RegisterServiceReply> reply = bus_.interface()->registerService(
-            name_, QDBusConnectionInterface::DontQueueService, QDBusConnectionInterface::DontAllowReplacement);
+        const QDBusReply<QDBusConnectionInterface::RegisterServiceReply> reply =
+            bus_.interface()->registerService(name_, QDBusConnectionInterface::DontQueueService,
+                                              QDBusConnectionInterface::DontAllowReplacement);
         if (!reply.isValid()) return Outcome::noSession;
         if (reply.value() == QDBusConnectionInterface::ServiceRegistered) {
             owner_ = true;
@@ -51,8 +55,8 @@ void SingleInstance::release() {
 }
 
 bool SingleInstance::activateOther() {
-    auto call = QDBusMessage::createMethodCall(name_, objectPath(), QStringLiteral("org.freedesktop.Application"),
-                                               QStringLiteral("Activate"));
+    auto call = QDBusMessage::createMethodCall(
+        name_, objectPath(), QStringLiteral("org.freedesktop.Application"), QStringLiteral("Activate"));
     call << QVariantMap{};
     return bus_.call(call, QDBus::Block, activationMilliseconds).type() == QDBusMessage::ReplyMessage;
 }

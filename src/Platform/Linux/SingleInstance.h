@@ -8,16 +8,16 @@
 
 namespace veltrin {
 
-/// One running program a session: it owns its name on the session bus, and a second start brings the first to front.
-/// Speaks org.freedesktop.Application, so that a desktop's launcher can do the same.
+/// One running program a session: it owns its name on the session bus, and a second start brings the first to
+/// front. Speaks org.freedesktop.Application, so that a desktop's launcher can do the same.
 class SingleInstance : public QObject {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
 public:
     enum class Outcome {
-        first,       ///< this process is the one
-        another,     ///< another one runs
-        noSession,   ///< there is no session bus to ask; the process runs unguarded
+        first,      ///< this process is the one
+        another,    ///< another one runs
+        noSession,  ///< there is no session bus to ask; the process runs unguarded
     };
 
     explicit SingleInstance(QString name);

@@ -2,9 +2,10 @@
 
 #include <QSocketNotifier>
 
-#include <csignal>
 #include <fcntl.h>
 #include <unistd.h>
+
+#include <csignal>
 
 namespace veltrin {
 namespace {
@@ -33,11 +34,13 @@ TerminationSignals::TerminationSignals(std::function<void()> onSignal) {
     struct sigaction action {};
     action.sa_handler = onCaught;
     action.sa_flags = SA_RESTART;
-    for (const int number : caught) sigaction(number, &action, nullptr);
+    for (const int number : caught)
+        sigaction(number, &action, nullptr);
 }
 
 TerminationSignals::~TerminationSignals() {
-    for (const int number : caught) std::signal(number, SIG_DFL);
+    for (const int number : caught)
+        std::signal(number, SIG_DFL);
     notifier_.reset();
     for (int& end : pipeEnds) {
         if (end >= 0) close(end);

@@ -8,8 +8,8 @@ class QSocketNotifier;
 
 namespace veltrin {
 
-/// Turns SIGTERM, SIGINT and SIGHUP into a call on the run loop, so that the program ends in the ordinary way. A
-/// second signal ends the process at once. One object a process.
+/// Turns SIGTERM, SIGINT and SIGHUP into a call on the run loop, so that the program ends in the ordinary
+/// way. A second signal ends the process at once. One object a process.
 class TerminationSignals : public QObject {
     Q_OBJECT
 public:

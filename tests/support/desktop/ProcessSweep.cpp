@@ -34,7 +34,8 @@ void forEachNumber(const char* folder, Function each) {
 std::vector<pid_t> processesMarked(const std::string& folder) {
     std::vector<pid_t> found;
     std::string wanted(1, '\0');
-    for (const std::string& piece : {std::string(desktopMarker), std::string("="), folder, std::string(1, '\0')})
+    for (const std::string& piece :
+         {std::string(desktopMarker), std::string("="), folder, std::string(1, '\0')})
         wanted += piece;
     forEachNumber("/proc", [&](pid_t pid) {
         if (pid == 1 || pid == getpid()) return;

@@ -7,14 +7,16 @@
 #include <QSaveFile>
 #include <QSocketNotifier>
 
+#include <sys/signalfd.h>
+
 #include <csignal>
 #include <cstdio>
 #include <stdexcept>
-#include <sys/signalfd.h>
 
 namespace {
 
-/// A descriptor that becomes readable on SIGTERM or SIGINT. Before any thread is made, so that all inherit the mask.
+/// A descriptor that becomes readable on SIGTERM or SIGINT. Before any thread is made, so that all inherit
+/// the mask.
 int terminationSignals() {
     sigset_t signals;
     sigemptyset(&signals);
