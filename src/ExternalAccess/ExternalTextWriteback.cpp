@@ -5,6 +5,7 @@
 #include "Foundation/MVPLog.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace veltrin {
 
@@ -64,6 +65,7 @@ ExternalTextWritebackResult ExternalTextWriteback::apply(const QString& text,
         return logged(succeeded(WritebackStrategy::clipboardPaste, "Applied via paste"));
     if (writeUsingAXValue(text, read.element, read.selectedRange, forceReplaceAll))
         return logged(succeeded(WritebackStrategy::axValue, "Applied"));
+    putSelectionBack(read.element);
     MVPLog::write("Writeback failed: all strategies failed");
     return failed(WritebackFailure::writeFailed, "Write failed");
 }
@@ -84,6 +86,7 @@ ExternalTextWritebackResult ExternalTextWriteback::applyVoiceTranscript(const QS
         return succeeded(WritebackStrategy::clipboardPaste, "Voice applied via paste");
     if (writeUsingAXValue(text, read.element, read.selectedRange, forceReplaceAll))
         return succeeded(WritebackStrategy::axValue, "Voice applied");
+    putSelectionBack(read.element);
     return failed(WritebackFailure::writeFailed, "Voice writeback failed");
 }
 
@@ -104,6 +107,7 @@ bool ExternalTextWriteback::pasteUsingClipboard(const QString& text, const Exter
             waitUntilFrontmost(*read.processIdentifier);
         }
     }
+    reselection_.reset();
     if (read.element) {
         accessibility_.setAttributeValue(read.element, AXAttribute::focused, AXValue(true));
         bool selected = true;
@@ -208,8 +212,19 @@ void ExternalTextWriteback::giveBack(const std::optional<QString>& remembered) {
 }
 
 bool ExternalTextWriteback::select(const AXElementRef& element, const TextRange& range) {
+    const auto former =
+        readAttribute<TextRange>(accessibility_, element, AXAttribute::selectedTextRange).value;
     accessibility_.setAttributeValue(element, AXAttribute::selectedTextRange, AXValue(range));
-    return isSelected(element, range);
+    const bool selected = isSelected(element, range);
+    if (selected && former && *former != range) reselection_ = {*former, range};
+    return selected;
+}
+
+void ExternalTextWriteback::putSelectionBack(const AXElementRef& element) {
+    // What stays selected by us would be gone with the user's next key.
+    const auto made = std::exchange(reselection_, std::nullopt);
+    if (made && isSelected(element, made->ours))
+        accessibility_.setAttributeValue(element, AXAttribute::selectedTextRange, AXValue(made->former));
 }
 
 bool ExternalTextWriteback::isSelected(const AXElementRef& element, const TextRange& range) {

@@ -76,6 +76,12 @@ private:
         Timer timer;
     };
 
+    /// A selection of ours in place of the user's.
+    struct Reselection {
+        TextRange former;
+        TextRange ours;
+    };
+
     bool pasteUsingClipboard(const QString& text, const ExternalTextReadResult& read,
                              const std::optional<TextRange>& selectedRange, bool forceReplaceAll);
     bool writeUsingAXValue(const QString& text, const AXElementRef& element,
@@ -89,6 +95,8 @@ private:
     /// True when the range reads back as selected, whatever the setting said.
     bool select(const AXElementRef& element, const TextRange& range);
     bool isSelected(const AXElementRef& element, const TextRange& range);
+    /// After a write that came to nothing: gives the field the selection that the user had.
+    void putSelectionBack(const AXElementRef& element);
     void setCursor(const AXElementRef& element, qint64 location);
     void waitUntilFrontmost(qint32 processIdentifier);
     bool postCommandV(const QString& text, const ExternalTextReadResult& read);
@@ -103,6 +111,7 @@ private:
     KeyPoster& keyPoster_;
     RunLoop& runLoop_;
     ClipboardTextAccess* clipboard_;
+    std::optional<Reselection> reselection_;  ///< of the write under way
     std::vector<PendingRestore> pendingRestores_;
     quint64 lastRestoreId_ = 0;
     qint64 ownChangeCount_ = 0;  ///< the pasteboard's count right after our last change of it

@@ -224,6 +224,7 @@ QString RandomUse::hangApplication() {
     FakeApplication* application = chosen->application;
     if (application == &desktop_.workspace.program()) return QStringLiteral("(nothing hangs)");
     application->hang();
+    hungLately_.insert(application);
     if (!oneIn(3)) desktop_.later(seconds(0.01, 2), [application] { application->resume(); });
     return application->name.value_or(QString()) + QStringLiteral(" hangs");
 }

@@ -14,8 +14,8 @@ constexpr std::size_t storyLength = 40;
 constexpr std::size_t logTail = 60;
 /// While a paste is under way another one finds the first's text on the pasteboard.
 constexpr double restoreDelay = 0.6;
-/// Seconds: the gesture and the write of a run or two, each with everything hung that can hang.
-constexpr double longestBlock = 5;
+/// Seconds that a gesture or a write may take with everything hung that can hang.
+constexpr double longestBlock = 3;
 constexpr double settleLimit = 400;
 constexpr qint64 longestLog = 4'000'000;
 
@@ -205,10 +205,16 @@ void RandomUse::check() {
         digest(field.field->value);
     digest(desktop_.pasteboard.peek().value_or(QString()));
     digest(QString::number(std::llround(desktop_.now() * 1e6)));
+    std::erase_if(hungLately_, [](const FakeApplication* application) {
+        return application->state() != FakeApplication::State::hung;
+    });
+    checkedAt_ = desktop_.now();
 }
 
 void RandomUse::checkPasteboardOffers() {
     const auto& history = desktop_.pasteboard.history();
+    // A restore comes late when the program was blocked at its time.
+    const double restored = restoreDelay + desktop_.runLoop.blockedSeconds() - blockedBefore_;
     const qint64 changes = std::min<qint64>(desktop_.pasteboard.changeCount() - seenChanges_,
                                             static_cast<qint64>(history.size()));
     seenChanges_ = desktop_.pasteboard.changeCount();
@@ -216,9 +222,9 @@ void RandomUse::checkPasteboardOffers() {
         if (offer->owner != FakePasteboard::Owner::program) {
             users_ = offer->text;
             // The program's own text in other hands is taken for a clipboard manager's doing.
-            clipboardMayBeLost_ = isResult(users_) && offer->since - lastTemporaryOffer_ <= restoreDelay;
+            clipboardMayBeLost_ = isResult(users_) && offer->since - lastTemporaryOffer_ <= restored;
         } else if (offer->text && offer->content == PasteboardContent::temporary) {
-            if (offer->since - lastTemporaryOffer_ <= restoreDelay) clipboardMayBeLost_ = true;
+            if (offer->since - lastTemporaryOffer_ <= restored) clipboardMayBeLost_ = true;
             lastTemporaryOffer_ = offer->since;
         } else if (isResult(offer->text) && offer->text != users_) {
             users_ = offer->text;
@@ -239,7 +245,7 @@ void RandomUse::checkPasteboardOffers() {
 void RandomUse::allowMannersOf(Run& run, const Field& field) {
     const FakeTextField& text = *field.field;
     const auto mode = veltrin_.settings().translationReplaceMode();
-    const bool unreadable = !desktop_.accessibility.trusted || !isQuiet(*field.application) ||
+    const bool unreadable = !desktop_.accessibility.trusted || hungLately_.contains(field.application) ||
                             !field.application->accessible || text.readFaults.contains(AXAttribute::value);
     const bool refusesSelectedText = !text.selectedTextSettable ||
                                      text.writeFaults.contains(AXAttribute::selectedText) ||
@@ -316,7 +322,10 @@ void RandomUse::checkProgram() {
     if (!desktop_.keyboard.down.empty()) fail(QStringLiteral("a key is down"));
     const double blocked = desktop_.runLoop.blockedSeconds() - blockedBefore_;
     blockedBefore_ = desktop_.runLoop.blockedSeconds();
-    if (blocked > longestBlock) fail(QStringLiteral("blocked for %1 s").arg(blocked));
+    const auto answered = std::count_if(runs_.begin(), runs_.end(),
+                                        [this](const Run& run) { return run.answeredAt > checkedAt_; });
+    if (blocked > longestBlock * static_cast<double>(1 + answered))
+        fail(QStringLiteral("blocked for %1 s").arg(blocked));
 }
 
 void RandomUse::digest(const QString& text) {

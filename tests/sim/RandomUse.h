@@ -9,6 +9,7 @@
 #include <deque>
 #include <list>
 #include <random>
+#include <set>
 
 namespace veltrin {
 
@@ -157,7 +158,9 @@ private:
     QStringList handed_;  ///< results that were copied for the user, until the next rest
     int seenPosts_ = 0;
 
+    std::set<const FakeApplication*> hungLately_;  ///< since the last check
     double blockedBefore_ = 0;
+    double checkedAt_ = 0;
     int written_ = 0;
     int copiedResults_ = 0;
     int steps_ = 0;

@@ -124,6 +124,19 @@ TEST_F(RoadTest, aFieldThatLetsNothingBeSetIsNotDoubled) {
     EXPECT_EQ(copied(), QStringLiteral("Good day."));
 }
 
+TEST_F(RoadTest, aWriteThatComesToNothingLeavesTheSelectionToTheUser) {
+    field.valueSettable = false;
+    field.selectedTextSettable = false;
+    desktop.keyPoster.refusal = QStringLiteral("refused");
+    launch();
+    modelAnswers("Good day.");
+    veltrin.tapTranslate();
+    finish();
+    EXPECT_EQ(field.selection, (TextRange{12, 0}));
+    veltrin.type(QStringLiteral("x"));
+    EXPECT_EQ(field.value, QStringLiteral("Guten Tag   x"));
+}
+
 TEST_F(RoadTest, aCaretNeedsNoSettableAttributes) {
     replaceOnlyTheCurrentPlace();
     field.valueSettable = false;

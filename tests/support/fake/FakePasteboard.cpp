@@ -6,6 +6,8 @@
 namespace veltrin {
 namespace {
 constexpr std::size_t historyLimit = 200;
+/// Keys are stamped to the nanosecond: one posted right after an offer may bear a hair less.
+constexpr double keyTimeStep = 1e-9;
 }  // namespace
 
 void FakePasteboard::take(Offer offer, const char* what) {
@@ -81,7 +83,7 @@ std::optional<QString> FakePasteboard::requestedBy(qint32 application, double ke
     if (offer.owner != Owner::program) return offer.text;
     // Back to the offer that stood at the key, through our own offers only.
     for (auto past = history_.rbegin(); past != history_.rend() && past->owner == Owner::program; ++past) {
-        if (past->since <= keyTime) return past->text;
+        if (past->since <= keyTime + keyTimeStep) return past->text;
     }
     return offer.text;
 }

@@ -18,17 +18,17 @@ QByteArray answerBody(const QString& text) {
 }  // namespace
 
 SimulatedModel::Reply SimulatedModel::Reply::text(const QString& answer, double delay) {
-    Reply reply;
-    reply.delay = delay;
-    reply.body = answerBody(answer);
-    return reply;
+    Reply made;
+    made.delay = delay;
+    made.body = answerBody(answer);
+    return made;
 }
 
 SimulatedModel::Reply SimulatedModel::Reply::failing(int code, double delay) {
-    Reply reply;
-    reply.delay = delay;
-    reply.failure = code;
-    return reply;
+    Reply made;
+    made.delay = delay;
+    made.failure = code;
+    return made;
 }
 
 SimulatedModel::Reply SimulatedModel::replyTo(const HttpRequest& request) {
@@ -49,15 +49,15 @@ SimulatedModel::Reply SimulatedModel::replyTo(const HttpRequest& request) {
 }
 
 QCoro::Task<HttpResponse> SimulatedModel::data(HttpRequest request) {
-    const Reply reply = replyTo(request);
-    Delay delay{*this, std::min(reply.delay, request.timeout)};
+    const Reply given = replyTo(request);
+    Delay delay{*this, std::min(given.delay, request.timeout)};
     co_await delay;
     if (cancelled_) throw UrlError(UrlError::cancelled, QStringLiteral("cancelled"));
-    if (reply.delay > request.timeout) throw UrlError(UrlError::timedOut, QStringLiteral("timed out"));
-    if (reply.failure) throw UrlError(*reply.failure, QStringLiteral("the connection failed"));
+    if (given.delay > request.timeout) throw UrlError(UrlError::timedOut, QStringLiteral("timed out"));
+    if (given.failure) throw UrlError(*given.failure, QStringLiteral("the connection failed"));
     HttpResponse response;
-    response.status = reply.status;
-    response.body = reply.body;
+    response.status = given.status;
+    response.body = given.body;
     co_return response;
 }
 
