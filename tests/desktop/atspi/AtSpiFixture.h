@@ -87,13 +87,19 @@ double milliseconds(Work work) {
     return (monotonicSeconds() - begin) * 1000;
 }
 
+/// What `work` takes, over many times: as a rule, and when nothing else wants the machine.
+struct Taken {
+    double median = 0;
+    double undisturbed = 0;
+};
+
 template <typename Work>
-double medianMilliseconds(int times, Work work) {
+Taken timed(int times, Work work) {
     std::vector<double> taken;
     for (int i = 0; i < times; ++i)
         taken.push_back(milliseconds(work));
-    std::nth_element(taken.begin(), taken.begin() + times / 2, taken.end());
-    return taken[static_cast<std::size_t>(times) / 2];
+    std::sort(taken.begin(), taken.end());
+    return {taken[taken.size() / 2], taken[taken.size() / 10]};
 }
 
 }  // namespace veltrin

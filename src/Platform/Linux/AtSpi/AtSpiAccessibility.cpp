@@ -181,7 +181,7 @@ AXResult<AXValue> AtSpiAccessibility::ofObject(const AtSpiElement& object, AXAtt
         return attribute == AXAttribute::position ? AXValue(rectangle.value.topLeft())
                                                   : AXValue(rectangle.value.size());
     }
-    const ObjectAddress address = object.address();
+    const ObjectAddress& address = object.address();
     return worker_->ask<AXValue>([=](Room& room, Conversation& conversation) -> AXResult<AXValue> {
         switch (attribute) {
             case AXAttribute::role:

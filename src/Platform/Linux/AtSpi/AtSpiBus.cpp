@@ -31,7 +31,7 @@ constexpr char localInterface[] = "org.freedesktop.DBus.Local";
 /// the D-Bus library remembers the first address it saw, and without any it would launch a session bus of its
 /// own.
 QString sessionBusAddress() {
-    const QString named = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
+    QString named = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
     if (!named.isEmpty()) return named;
     const QString socket = qEnvironmentVariable("XDG_RUNTIME_DIR") + QStringLiteral("/bus");
     return QFileInfo::exists(socket) ? QStringLiteral("unix:path=") + socket : QString();

@@ -64,7 +64,8 @@ std::vector<ObjectAddress> Reply::objects() const {
 }
 
 std::optional<QRectF> Reply::rectangle() const {
-    if (arguments.size() == 4) return QRectF(number(0), number(1), number(2), number(3));
+    if (arguments.size() == 4)
+        return QRectF(value(0).toInt(), value(1).toInt(), value(2).toInt(), value(3).toInt());
     const auto found = container(value(), QDBusArgument::StructureType);
     if (!found) return {};
     const QDBusArgument& structure = *found;

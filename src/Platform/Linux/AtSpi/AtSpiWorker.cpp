@@ -35,7 +35,8 @@ AtSpiWorker::AtSpiWorker() : thread_(std::make_unique<QThread>()), room_(std::ma
 
 AtSpiWorker::~AtSpiWorker() {
     // The objects end on their own thread, where their timers live.
-    QObject::connect(thread_.get(), &QThread::finished, [room = room_.release()] { delete room; });
+    std::shared_ptr<Room> room = std::move(room_);
+    QObject::connect(thread_.get(), &QThread::finished, [last = std::move(room)]() mutable { last.reset(); });
     thread_->quit();
     // A bus daemon that has stopped in the middle of a greeting can hold the thread; better leave it than
     // hang.

@@ -8,8 +8,7 @@ namespace {
 constexpr Milliseconds registrationTimeout{2000};
 
 // As the registry names them; applications send nothing that nobody has registered for.
-constexpr const char* wantedEvents[] = {"object:state-changed:focused", "window:activate",
-                                        "window:deactivate"};
+constexpr const char* wantedEvents[] = {"object:state-changed:focused", "window:activate"};
 
 }  // namespace
 

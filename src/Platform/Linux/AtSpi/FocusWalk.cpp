@@ -7,7 +7,7 @@ constexpr std::size_t mostObjects = 4000;
 constexpr std::size_t inFlight = 128;
 constexpr int deepest = 60;
 constexpr Milliseconds pageTreePause{15};
-constexpr int pageTreeAttempts = 8;
+constexpr int pageTreeAttempts = 5;
 
 struct Node {
     ObjectAddress object;
@@ -68,7 +68,12 @@ ObjectAddress bestOf(const std::vector<ObjectAddress>& chain, Conversation& conv
     return chain.back();
 }
 
-std::optional<ObjectAddress> search(Level level, Toolkit toolkit, Conversation& conversation) {
+struct Found {
+    ObjectAddress object;
+    bool isEditable = false;
+};
+
+std::optional<Found> search(Level level, Toolkit toolkit, Conversation& conversation) {
     std::vector<ObjectAddress> chain;
     std::size_t seen = 0;
     for (int depth = 0; depth < deepest && !level.empty(); ++depth) {
@@ -78,7 +83,7 @@ std::optional<ObjectAddress> search(Level level, Toolkit toolkit, Conversation& 
         Level focused;
         for (const Node& node : level) {
             if (!node.isKnown || !node.states.has(State::focused)) continue;
-            if (node.states.has(State::editable)) return node.object;
+            if (node.states.has(State::editable)) return Found{node.object, true};
             focused.push_back(node);
         }
         if (!focused.empty()) chain.push_back(focused.front().object);
@@ -88,7 +93,7 @@ std::optional<ObjectAddress> search(Level level, Toolkit toolkit, Conversation& 
         level = childrenOf(branches, conversation);
     }
     if (chain.empty()) return {};
-    return bestOf(chain, conversation);
+    return Found{bestOf(chain, conversation), false};
 }
 
 }  // namespace
@@ -102,19 +107,23 @@ std::optional<ObjectAddress> walkToFocus(const QString& bus, Toolkit toolkit, Co
         if (window.isKnown && window.states.has(State::active)) active.push_back(window);
     }
     if (!active.empty()) windows = active;
-    if (toolkit != Toolkit::chromium) return search(windows, toolkit, conversation);
+    if (toolkit != Toolkit::chromium) {
+        const auto found = search(windows, toolkit, conversation);
+        return found ? std::optional(found->object) : std::nullopt;
+    }
 
     // Chromium builds the objects of a page only when somebody asks for attributes.
     forLevel(
         windows, conversation,
         [&](const Node& node) { return conversation.call(node.object, Name::accessible, "GetAttributes"); },
         [](Node&, const Reply&) {});
-    std::optional<ObjectAddress> found;
-    for (int attempt = 0; attempt < pageTreeAttempts && !found; ++attempt) {
-        found = search(windows, toolkit, conversation);
-        if (!found && !conversation.pause(pageTreePause)) break;
+    // Until they are there the page itself says that it has the focus.
+    std::optional<Found> found;
+    for (int attempt = 0; attempt < pageTreeAttempts; ++attempt) {
+        if (const auto now = search(windows, toolkit, conversation)) found = now;
+        if ((found && found->isEditable) || !conversation.pause(pageTreePause)) break;
     }
-    return found;
+    return found ? std::optional(found->object) : std::nullopt;
 }
 
 }  // namespace veltrin::AtSpi
