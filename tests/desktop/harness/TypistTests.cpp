@@ -75,10 +75,10 @@ TEST_F(TypistTest, tapsKeepTheirPace) {
         const auto& press = events[2 * tap];
         EXPECT_TRUE(press.isPress);
         EXPECT_FALSE(events[2 * tap + 1].isPress);
+        EXPECT_NEAR((events[2 * tap + 1].time - press.time) * 1e-3, 0.04, late);
         // The server's time stamps are the clock of the moments, which tell when a press really happened.
-        EXPECT_NEAR(press.time * 1e-3, moments[tap], 0.03);
+        EXPECT_NEAR(press.time * 1e-3, moments[tap], late);
     }
-    EXPECT_GE(events[5].time - events[0].time, 335U);
 }
 
 TEST_F(TypistTest, releasesWhatItHoldsAtItsEnd) {
