@@ -1,4 +1,5 @@
 #include "AI/TranslationOutputGuard.h"
+#include "support/fake/Slowdown.h"
 
 #include <QElapsedTimer>
 
@@ -92,7 +93,8 @@ TEST(TranslationOutputGuard, acceptsAnyOtherTextForAnAutomaticTarget) {
 TEST(TranslationOutputGuard, staysQuickOnLongTexts) {
     QElapsedTimer timer;
     timer.start();
-    EXPECT_TRUE(needsRetry(u"句子很长，"_s.repeated(50000), u"句子很长，"_s.repeated(49999), std::nullopt));
+    EXPECT_TRUE(needsRetry(u"句子很长，"_s.repeated(50000 / slowdown),
+                           u"句子很长，"_s.repeated(50000 / slowdown - 1), std::nullopt));
     EXPECT_LT(timer.elapsed(), 2000);
 }
 

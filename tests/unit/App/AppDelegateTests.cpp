@@ -200,7 +200,7 @@ TEST_F(AppDelegateTest, changedIntervalsCountFromTheNextTapAndAreHeldWithinTheir
     EXPECT_TRUE(veltrin.runUntilIdle());
     EXPECT_EQ(veltrin.model.prompts, 0);
     desktop.advance(3);
-    desktop.keyboard.tapSpaces(3, 0.11);
+    desktop.keyboard.tapSpaces(3, 0.08);
     EXPECT_TRUE(veltrin.runUntilIdle());
     EXPECT_EQ(veltrin.model.prompts, 1);
 }

@@ -1,0 +1,12 @@
+#pragma once
+
+namespace veltrin {
+
+/// How much smaller a test of speed makes its material where sanitizers slow everything down.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+inline constexpr int slowdown = 50;
+#else
+inline constexpr int slowdown = 1;
+#endif
+
+}  // namespace veltrin
