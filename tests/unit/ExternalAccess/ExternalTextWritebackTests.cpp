@@ -390,5 +390,19 @@ TEST_F(WritebackTest, aTranscriptWithoutAnElementNeedsTheClipboardRoad) {
     EXPECT_EQ(writer->applyVoiceTranscript(QStringLiteral("hi"), target, false), noTarget);
 }
 
+TEST_F(WritebackTest, aWriteThatComesToNothingPutsTheSelectionBack) {
+    field.valueSettable = false;
+    field.selectedTextSettable = false;
+    refusePaste();
+    const auto caret = readSelecting(3, 0);
+    EXPECT_EQ(apply(QStringLiteral("new"), caret, true).failure, WritebackFailure::writeFailed);
+    EXPECT_EQ(field.selection, (TextRange{3, 0}));
+    // What is left selected would be gone with the user's next key.
+    const auto passage = readSelecting(0, 2);
+    field.select(1, 1);
+    EXPECT_FALSE(writer->applyVoiceTranscript(QStringLiteral("new"), passage, false).success);
+    EXPECT_EQ(field.selection, (TextRange{1, 1}));
+}
+
 }  // namespace
 }  // namespace veltrin
