@@ -200,9 +200,10 @@ TEST_F(AppDelegateTest, changedIntervalsCountFromTheNextTapAndAreHeldWithinTheir
     EXPECT_TRUE(veltrin.runUntilIdle());
     EXPECT_EQ(veltrin.model.prompts, 0);
     desktop.advance(3);
-    desktop.keyboard.tapSpaces(3, 0.08);
+    desktop.keyboard.tapSpaces(3, 0.11);
+    desktop.advance(1);
     EXPECT_TRUE(veltrin.runUntilIdle());
-    EXPECT_EQ(veltrin.model.prompts, 1);
+    EXPECT_EQ(veltrin.model.prompts, 1) << qPrintable(log.lines().join(u'\n'));
 }
 
 TEST_F(AppDelegateTest, thePillStandsInTheTextAndAnswersReplaceEachOtherInTheirSlots) {
