@@ -1,8 +1,8 @@
 #include "AI/OllamaError.h"
 #include "AI/Wires/ModelWire.h"
+#include "support/Slowdown.h"
 #include "support/fake/LogCapture.h"
 #include "support/fake/ModelWorld.h"
-#include "support/fake/Slowdown.h"
 
 #include <QElapsedTimer>
 

@@ -1,5 +1,5 @@
 #include "AI/TranslationOutputGuard.h"
-#include "support/fake/Slowdown.h"
+#include "support/Slowdown.h"
 
 #include <QElapsedTimer>
 
