@@ -303,11 +303,26 @@ void RandomUse::checkField(Field& field) {
     }
 }
 
+bool RandomUse::wasWritten(const Run& run) const {
+    const auto& events = desktop_.log.entries;
+    return std::any_of(events.begin(), events.end(), [&](const FakeEventLog::Entry& event) {
+        return qstrcmp(event.what, "written by accessibility") == 0 && event.detail.contains(run.result.text);
+    });
+}
+
 void RandomUse::checkRuns() {
-    for (const Run& run : runs_) {
+    for (Run& run : runs_) {
         if (run.arrived || run.answeredAt > desktop_.now() - 1e-6) continue;
-        if (!pasted_.contains(run.result.text) && !handed_.contains(run.result.text))
+        const bool pasted = pasted_.contains(run.result.text);
+        const bool written = wasWritten(run);
+        if (!pasted && !written && !handed_.contains(run.result.text))
             fail(QStringLiteral("%1 is nowhere").arg(run.result.text));
+        // Handed over and no longer there: another result took its place meanwhile. It must not come again.
+        const bool waits = std::any_of(run.targets.begin(), run.targets.end(), [this](const auto* target) {
+            const Field* field = fieldOf(target);
+            return field && !isQuiet(*field->application);
+        });
+        run.arrived = (pasted || written) && !waits;
     }
 }
 

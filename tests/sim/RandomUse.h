@@ -127,6 +127,7 @@ private:
     void checkField(Field& field);
     void checkPasteboardOffers();
     void checkRuns();
+    bool wasWritten(const Run& run) const;
     void checkProgram();
     void allowMannersOf(Run& run, const Field& field);
     void fail(const QString& what);
