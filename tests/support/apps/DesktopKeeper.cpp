@@ -1,14 +1,15 @@
 // Outlives a test program by a moment: when the program is gone, however it ended, the keeper ends what is
-// left of the desktop it had started. Usage: veltrin_desktop_keeper FOLDER DISPLAY SERVER_PID, with a pipe
-// from the test program as standard input. A line "done" on it means that the program cleaned up itself.
+// left of the desktop it had started. Usage: veltrin_desktop_keeper FOLDER, with a pipe from the test program
+// as standard input. Lines on it: "server PID" and "display :N" as soon as they are known, and "done" when
+// the program has cleaned up itself.
 #include "support/desktop/ProcessSweep.h"
 
 #include <signal.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <ctime>
 #include <filesystem>
+#include <iostream>
 #include <string>
 
 namespace {
@@ -38,17 +39,20 @@ void endDesktop(const std::string& folder, const std::string& display, pid_t ser
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 4) return 2;
+    if (argc != 2) return 2;
     // A terminal's Ctrl+C and a runner that ends the whole group must not take the keeper along.
     setsid();
     for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGPIPE})
         signal(number, SIG_IGN);
 
-    std::string told;
-    char buffer[64];
-    for (ssize_t got = 0; (got = read(STDIN_FILENO, buffer, sizeof buffer)) > 0;) {
-        told.append(buffer, static_cast<std::size_t>(got));
+    std::string display;
+    pid_t server = 0;
+    std::string word;
+    while (std::cin >> word) {
+        if (word == "server") std::cin >> server;
+        if (word == "display") std::cin >> display;
+        if (word == "done") return 0;
     }
-    if (told != "done\n") endDesktop(argv[1], argv[2], static_cast<pid_t>(std::atol(argv[3])));
+    endDesktop(argv[1], display, server);
     return 0;
 }

@@ -122,7 +122,6 @@ RealDesktop::RealDesktop(const DesktopOptions& options) {
         makeFolders();
         buildEnvironment(options);
         startServers(options);
-        startKeeper();
         x_ = std::make_unique<XDesktop>(display_);
         if (options.accessibility) startAccessibility();
         if (options.windowManager) startWindowManager();
@@ -149,6 +148,7 @@ void RealDesktop::makeFolders() {
     char pattern[] = "/tmp/vtdesk-XXXXXX";
     if (!mkdtemp(pattern)) throw std::runtime_error("no temporary folder");
     folder_ = QString::fromLatin1(pattern);
+    startKeeper();
     for (const auto* name : {"home", "config", "config/gtk-3.0", "config/gtk-4.0", "data", "cache", "state",
                              "run", "bus-services"}) {
         const QString path = file(QString::fromLatin1(name));
@@ -197,6 +197,8 @@ void RealDesktop::buildEnvironment(const DesktopOptions& options) {
     }
     // Orphans of programs that end come to us, so that we can take their last status and none stays a zombie.
     prctl(PR_SET_CHILD_SUBREAPER, 1);
+    // A probe that died is an error to report, not the end of the test program.
+    std::signal(SIGPIPE, SIG_IGN);
 }
 
 void RealDesktop::startServers(const DesktopOptions& options) {
@@ -211,6 +213,7 @@ void RealDesktop::startServers(const DesktopOptions& options) {
                         u"tcp"_s,     u"-noreset"_s};
     command += options.serverArguments;
     server_ = ChildProcess({command, environment_, file(u"server.log"_s), -1, -1, displayNumber.write});
+    tellKeeper("server " + QByteArray::number(server_.pid()) + '\n');
     bus_ = ChildProcess({{u"dbus-daemon"_s, u"--config-file=%1/bus.conf"_s.arg(folder_), u"--nofork"_s,
                           u"--print-address=3"_s},
                          environment_,
@@ -225,6 +228,7 @@ void RealDesktop::startServers(const DesktopOptions& options) {
     const auto number = readLine(displayNumber.read, pending, startPatience);
     if (!number) throw std::runtime_error("Xvfb did not start: " + outputOf(u"server.log"_s).toStdString());
     display_ = u":"_s + QString::fromLatin1(number->trimmed());
+    tellKeeper("display " + display_.toLatin1() + '\n');
     pending.clear();
     const auto address = readLine(busAddress.read, pending, startPatience);
     if (!address)
@@ -236,13 +240,18 @@ void RealDesktop::startServers(const DesktopOptions& options) {
 
 void RealDesktop::startKeeper() {
     Environment plain;  // without the marker: the keeper must not end itself
-    plain.insert(u"PATH"_s, environment_.value(u"PATH"_s));
-    keeper_ = ChildProcess({{QStringLiteral(VELTRIN_BINARY_DIR "/bin/veltrin_desktop_keeper"), folder_,
-                             display_, QString::number(server_.pid())},
-                            plain,
-                            {},
-                            keeperPipe_.read});
+    plain.insert(u"PATH"_s, qEnvironmentVariable("PATH"));
+    keeper_ =
+        ChildProcess({.command = {QStringLiteral(VELTRIN_BINARY_DIR "/bin/veltrin_desktop_keeper"), folder_},
+                      .environment = plain,
+                      .input = keeperPipe_.read});
     keeperPipe_.closeRead();
+}
+
+void RealDesktop::tellKeeper(const QByteArray& line) {
+    if (write(keeperPipe_.write, line.constData(), static_cast<std::size_t>(line.size())) < 0) {
+        throw std::runtime_error("the keeper of the desktop is gone");
+    }
 }
 
 void RealDesktop::setMonitors(const DesktopOptions& options) {

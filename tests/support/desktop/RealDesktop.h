@@ -100,6 +100,7 @@ private:
     void buildEnvironment(const DesktopOptions& options);
     void startServers(const DesktopOptions& options);
     void startKeeper();
+    void tellKeeper(const QByteArray& line);
     void setMonitors(const DesktopOptions& options);
     void runTool(const QStringList& command);
     void startAccessibility();
