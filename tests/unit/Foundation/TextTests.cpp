@@ -7,6 +7,8 @@
 namespace veltrin {
 namespace {
 
+using namespace Qt::StringLiterals;
+
 const QString family = QStringLiteral("👨‍👩‍👧‍👦");
 
 TEST(Characters, countsGraphemeClustersNotUnits) {
