@@ -1,20 +1,14 @@
 #include "Foundation/Resource.h"
 
-#include <QDirIterator>
-
 #include <gtest/gtest.h>
 
 namespace veltrin {
 namespace {
 
-TEST(Resource, everyJsonFileThatIsCompiledInReads) {
-    const QString root = QStringLiteral(":/veltrin/");
-    int files = 0;
-    for (QDirIterator each(root, {QStringLiteral("*.json")}, QDir::Files, QDirIterator::Subdirectories);
-         each.hasNext(); ++files)
-        EXPECT_FALSE(Resource::json(each.next().mid(root.size())).isNull())
-            << qUtf8Printable(each.filePath());
-    EXPECT_GT(files, 0);
+using namespace Qt::StringLiterals;
+
+TEST(Resource, areInTheProgram) {
+    EXPECT_EQ(Resource::json(u"agents/builtins.json"_s).array()->size(), 6U);
 }
 
 }  // namespace
