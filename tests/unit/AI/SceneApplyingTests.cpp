@@ -1,4 +1,7 @@
+#include "AI/AgentStudio.h"
+#include "AI/SceneConfirmSheet.h"
 #include "AI/SceneLibrary.h"
+#include "support/fake/ModelWorld.h"
 #include "unit/AI/AgentWorld.h"
 
 #include <gtest/gtest.h>
@@ -236,6 +239,34 @@ TEST(ApplyingAScene, isThereAfterARestart) {
     world.restart();
     EXPECT_EQ(world.manager().agents(), agents);
     EXPECT_EQ(world.manager().shortcutAssignments(), assignments);
+}
+
+TEST(ApplyingAScene, theStudioSaysWhatItDid) {
+    AgentWorld world;
+    ModelWorld model;
+    AgentStudio studio(world.manager(), model.client());
+    QStringList shown;
+    const auto subscription = studio.toasts.subscribe([&](const StudioToast& toast) { shown << toast.text; });
+    studio.applyScene(scene(u"coding"_s));
+    studio.applyScene(scene(u"coding"_s));
+    EXPECT_EQ(shown, (QStringList{u"场景已配置：6 个新建，0 个复用"_s, u"场景已配置：0 个新建，6 个复用"_s}));
+    EXPECT_TRUE(model.http.requests.empty());
+}
+
+TEST(SceneConfirmSheet, tellsWhereEachAgentGoesAndWhichAreThere) {
+    AgentWorld world;
+    world.manager().applyScene(sceneOf(u"甲"_s, {agentDef(u"知识提炼"_s, u"voice"_s, 0)}));
+    const SceneConfig& study = scene(u"study"_s);
+    const auto rows = SceneConfirmSheet::rows(study, world.manager());
+    ASSERT_EQ(rows.size(), study.agents.size());
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        EXPECT_EQ(rows[i].name, study.agents[i].name);
+        EXPECT_EQ(rows[i].isReused, rows[i].name == u"知识提炼"_s);
+        EXPECT_EQ(rows[i].shortcut, study.agents[i].shortcut);
+    }
+    EXPECT_EQ(rows[3].target(u"智能优化"_s), u"→ 智能优化 槽位 4"_s);
+    EXPECT_EQ(rows[5].target(u"智能拖拽"_s), u"→ 智能拖拽 槽位 1"_s);
+    EXPECT_EQ(world.manager().agents().size(), 7U) << "looking changes nothing";
 }
 
 }  // namespace
