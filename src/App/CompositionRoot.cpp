@@ -1,8 +1,10 @@
 #include "App/CompositionRoot.h"
 
+#include "AI/AgentTeamManager.h"
 #include "AI/OllamaClient.h"
 #include "App/AppDelegate.h"
 #include "Data/AppSettings.h"
+#include "Data/DataDirectory.h"
 #include "Expression/ExpressionMemoryStore.h"
 #include "Foundation/MVPLog.h"
 #include "Platform/Linux/AtSpi/AtSpiAccessibility.h"
@@ -97,6 +99,7 @@ struct CompositionRoot::Objects {
     AppSettings settings{preferences, notifications, environment};
     QuickFloatingPanels floatingPanels{screens, [this] { return usesDarkPopups(); }};
     OllamaClient client{httpClient, settings};
+    AgentTeamManager agents{appSupportDir(environment), preferences, runLoop};
     ExpressionMemoryStore expressionMemory{preferences};
     AppDelegate delegate{
         Desktop{runLoop, keyEventTaps, keyPoster, accessibility, pasteboard, workspace, screens, preferences,
