@@ -3,6 +3,7 @@
 #include "AI/OllamaClient.h"
 #include "App/AppDelegate.h"
 #include "Data/AppSettings.h"
+#include "Data/DataDirectory.h"
 #include "Expression/ExpressionMemoryStore.h"
 #include "Foundation/MVPLog.h"
 #include "Platform/Linux/AtSpi/AtSpiAccessibility.h"
@@ -20,6 +21,7 @@
 #include "Platform/Linux/X11/X11Windows.h"
 #include "Platform/Linux/X11/X11Workspace.h"
 #include "Platform/Linux/X11TopLevelWindows.h"
+#include "Session/UserBehaviorTracker.h"
 #include "UI/Overlays/QuickFloatingPanels.h"
 
 #include <QGuiApplication>
@@ -87,10 +89,11 @@ struct CompositionRoot::Objects {
     QuickFloatingPanels floatingPanels{screens, [this] { return usesDarkPopups(); }};
     OllamaClient client{httpClient, settings};
     ExpressionMemoryStore expressionMemory{preferences};
+    UserBehaviorTracker behaviors{appSupportDir(environment), runLoop};
     AppDelegate delegate{
         Desktop{runLoop, keyEventTaps, keyPoster, accessibility, pasteboard, workspace, screens, preferences,
                 httpClient, floatingPanels, processControl, environment},
-        AppDelegate::Shared{settings, notifications, client, expressionMemory}};
+        AppDelegate::Shared{settings, notifications, client, expressionMemory, behaviors}};
 
     bool usesDarkPopups() const {
         switch (settings.popupAppearance()) {
