@@ -1,5 +1,6 @@
 #include "App/CompositionRoot.h"
 
+#include "AI/AgentTeamManager.h"
 #include "AI/OllamaClient.h"
 #include "App/AppDelegate.h"
 #include "Data/AppSettings.h"
@@ -88,6 +89,7 @@ struct CompositionRoot::Objects {
     AppSettings settings{preferences, notifications, environment};
     QuickFloatingPanels floatingPanels{screens, [this] { return usesDarkPopups(); }};
     OllamaClient client{httpClient, settings};
+    AgentTeamManager agents{appSupportDir(environment), preferences, runLoop};
     ExpressionMemoryStore expressionMemory{preferences};
     UserBehaviorTracker behaviors{appSupportDir(environment), runLoop};
     AppDelegate delegate{
