@@ -23,6 +23,7 @@
 #include "Platform/Linux/X11/X11Windows.h"
 #include "Platform/Linux/X11/X11Workspace.h"
 #include "Platform/Linux/X11TopLevelWindows.h"
+#include "Session/UserBehaviorTracker.h"
 #include "UI/Overlays/QuickFloatingPanels.h"
 
 #include <QGuiApplication>
@@ -79,10 +80,11 @@ struct CompositionRoot::Objects {
     OllamaClient client{httpClient, settings};
     AgentTeamManager agents{appSupportDir(environment), preferences, runLoop};
     ExpressionMemoryStore expressionMemory{preferences};
+    UserBehaviorTracker behaviors{appSupportDir(environment), runLoop};
     AppDelegate delegate{
         Desktop{runLoop, keyEventTaps, keyPoster, accessibility, pasteboard, workspace, screens, preferences,
                 httpClient, floatingPanels, processControl, environment},
-        AppDelegate::Shared{settings, notifications, client, expressionMemory}};
+        AppDelegate::Shared{settings, notifications, client, expressionMemory, behaviors}};
 
     bool usesDarkPopups() const {
         switch (settings.popupAppearance()) {
