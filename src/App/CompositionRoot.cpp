@@ -9,6 +9,7 @@
 #include "Foundation/MVPLog.h"
 #include "Platform/Linux/AtSpi/AtSpiAccessibility.h"
 #include "Platform/Linux/DesktopEntries.h"
+#include "Platform/Linux/FieldInspector.h"
 #include "Platform/Linux/FilePreferences.h"
 #include "Platform/Linux/LinuxProcessControl.h"
 #include "Platform/Linux/LinuxSystemEnvironment.h"
@@ -39,31 +40,6 @@ QString preferencesPath() {
            QStringLiteral("/Veltrin/preferences.json");
 }
 
-/// The accessibility adapter's answer in the key poster's words.
-class Inspector final : public PostTargetInspector {
-public:
-    explicit Inspector(AtSpiAccessibility& accessibility) : accessibility_(accessibility) {}
-
-    PostTargetState inspect(const AXElementRef& element) override {
-        const ElementState state = accessibility_.inspect(element);
-        return {state.isAnswered, state.isEditable, state.isPassword,
-                state.isAnswered && !state.isFocused && isFocusElsewhere(element)};
-    }
-
-private:
-    /// Asked only of a field that does not call itself focused: not all do that are.
-    bool isFocusElsewhere(const AXElementRef& element) {
-        const auto process = element->processIdentifier();
-        if (!process) return false;
-        const auto focused = accessibility_.copyAttributeValue(accessibility_.applicationElement(*process),
-                                                               AXAttribute::focusedUIElement);
-        const auto* other = std::get_if<AXElementRef>(&focused.value);
-        return focused.ok() && other && *other && !(*other)->isEqual(*element);
-    }
-
-    AtSpiAccessibility& accessibility_;
-};
-
 }  // namespace
 
 /// In the order of need: each object may use those above it, and they end in the opposite order.
@@ -90,8 +66,10 @@ struct CompositionRoot::Objects {
     X11KeyEventTaps keyEventTaps{runLoop};
     X11TopLevelWindows topLevelWindows;
     AtSpiAccessibility accessibility{&topLevelWindows};
-    Inspector inspector{accessibility};
-    X11KeyPoster keyPoster{windows, {[this] { keyEventTaps.letGo(letGoLimit); }, &inspector}};
+    FieldInspector inspector{accessibility};
+    X11KeyPoster keyPoster{windows,
+                           {[this] { keyEventTaps.letGo(letGoLimit); }, &inspector,
+                            [this](quint64 window) { pasteboard.pastePosted(window); }}};
     FilePreferences preferences{preferencesPath()};
     QtHttpClient httpClient;
     LinuxSystemEnvironment environment;
