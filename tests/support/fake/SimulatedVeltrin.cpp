@@ -37,7 +37,7 @@ void SimulatedVeltrin::launch() {
                   desktop.preferences);
     delegate_ = std::make_unique<AppDelegate>(
         desktop.desktop(),
-        AppDelegate::Shared{settings(), notifications, *client_, expressionMemory_, *data_});
+        AppDelegate::Shared{settings(), notifications, *client_, expressionMemory_, behaviors_, *data_});
     delegate_->applicationDidFinishLaunching();
     desktop.runLoop.runDue();
 }

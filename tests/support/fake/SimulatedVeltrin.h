@@ -5,6 +5,7 @@
 #include "Data/AppSettings.h"
 #include "Data/DataStore.h"
 #include "Expression/ExpressionMemoryStore.h"
+#include "Session/UserBehaviorTracker.h"
 #include "support/fake/FakeDesktop.h"
 #include "support/fake/SimulatedModel.h"
 
@@ -42,6 +43,7 @@ public:
     AppDelegate& delegate() { return *delegate_; }
     AppSettings& settings();
     ExpressionMemoryStore& expressionMemory() { return expressionMemory_; }
+    UserBehaviorTracker& behaviors() { return behaviors_; }
     DataStore& data() { return *data_; }
 
     void type(const QString& text) { desktop.keyboard.type(text); }
@@ -66,6 +68,8 @@ private:
     std::optional<AppSettings> settings_;
     std::optional<OllamaClient> client_;
     ExpressionMemoryStore expressionMemory_{desktop.preferences};
+    /// In a folder that cannot be, so that it works from memory: the disk would dominate a simulation's time.
+    UserBehaviorTracker behaviors_{QStringLiteral("/dev/null/Veltrin"), desktop.runLoop};
     std::optional<DataStore> data_;
     std::unique_ptr<AppDelegate> delegate_;
 };
