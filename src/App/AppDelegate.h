@@ -23,6 +23,7 @@
 namespace veltrin {
 
 class AppSettings;
+struct DataStore;
 class ExpressionMemoryStore;
 class OllamaClient;
 class UserBehaviorTracker;
@@ -39,6 +40,7 @@ public:
         OllamaClient& client;
         ExpressionMemoryStore& expressionMemory;
         UserBehaviorTracker& behaviors;
+        DataStore& data;
     };
 
     AppDelegate(const Desktop& desktop, const Shared& shared);
