@@ -160,7 +160,7 @@ bool FieldMatrix::isOneLine() const {
 /// Sets the field and waits until the application has told of it.
 void FieldMatrix::set(const FieldState& state) {
     field().set(state);
-    const bool isSet = waitUntil(readingPatience(), [&] {
+    const bool isSet = waitUntil(readSeconds * patience, [&] {
         const FieldState now = field().state();
         return now == state || (isTerminal() && now.text == state.text);
     });
@@ -297,7 +297,7 @@ QString FieldMatrix::readLines() {
 QString FieldMatrix::readEmpty() {
     set({QString(), 0, 0});
     ExternalTextReadResult read;
-    waitUntil(readingPatience(), [&] {
+    waitUntil(readSeconds * patience, [&] {
         read = text().reader.readFocusedText();
         return read.source == ExternalTextReadResult::Source::none;
     });
