@@ -3,13 +3,17 @@
 #include "AI/OllamaClient.h"
 #include "Foundation/RawValues.h"
 
+#include <QUuid>
+
 #include <functional>
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace veltrin {
 
 class RunLoop;
+struct StoredPrompt;
 
 /// What is to become of a prompt.
 enum class OptimizeOption { refine, restructure, modelAdapt, outFmt };
@@ -43,6 +47,18 @@ public:
     QCoro::Task<QString> translate(QString text) const;
     /// The prompt `text`, rewritten. Leaves an entry in the history before it asks the model.
     QCoro::Task<QString> optimize(QString text, OptimizeOption option) const;
+
+    /// The ids of the prompts that fit `query`, best first; empty when the model finds none.
+    QCoro::Task<std::vector<QUuid>> semanticSearch(QString query, std::vector<StoredPrompt> prompts) const;
+
+    /// A new prompt after the user's description; it is in no list yet. Throws `invalidResponse` for an
+    /// answer that holds none.
+    QCoro::Task<StoredPrompt> generatePrompt(QString description) const;
+    /// `prompt` with better words, led by the user's `instructions` unless they are blank. Throws
+    /// `invalidResponse` for an empty answer.
+    QCoro::Task<StoredPrompt> improvePrompt(StoredPrompt prompt, QString instructions) const;
+    /// Tags that fit `prompt`; may be empty.
+    QCoro::Task<QStringList> suggestTags(StoredPrompt prompt) const;
 
     /// What a task stands on; shared by the copies, and held by each task that is under way.
     struct Parts {
