@@ -15,6 +15,9 @@ struct PasteboardString {
     };
     Status status = Status::none;
     QString text;
+    /// Its owner marks it as not to be kept, as password managers do, and as this program does with what it
+    /// offers for a moment only. Put back, such a string is marked again (`PasteboardContent::secret`).
+    bool isSecret = false;
 
     std::optional<QString> value() const {
         return status == Status::value ? std::optional<QString>(text) : std::nullopt;
@@ -23,6 +26,7 @@ struct PasteboardString {
 
 enum class PasteboardContent {
     lasting,    ///< the user's: clipboard managers may keep it
+    secret,     ///< the user's and secret: marked so that clipboard managers pass it by
     temporary,  ///< ours for a moment: marked so that clipboard managers pass it by
 };
 

@@ -186,6 +186,38 @@ TEST_F(PasteboardOnX11, marksTemporaryContentForClipboardManagersAndLastingConte
     EXPECT_TRUE(clipboard().targets().contains(QStringLiteral("SAVE_TARGETS")));
 }
 
+TEST_F(PasteboardOnX11, tellsWhatItsOwnerMarksSecret) {
+    ClipboardSnapshot secret = ClipboardSnapshot::ofText(QStringLiteral("pass"));
+    secret.contents[QStringLiteral("x-kde-passwordManagerHint")] = "secret";
+    clipboard().own(secret);
+    EXPECT_EQ(pasteboard->string().value(), QStringLiteral("pass"));
+    EXPECT_TRUE(pasteboard->string().isSecret);
+    secret.contents[QStringLiteral("x-kde-passwordManagerHint")] = "public";
+    clipboard().own(secret);
+    EXPECT_FALSE(pasteboard->string().isSecret);
+    clipboard().ownText(QStringLiteral("word"));
+    EXPECT_FALSE(pasteboard->string().isSecret);
+}
+
+TEST_F(PasteboardOnX11, aSecretThatIsPutBackIsMarkedAgain) {
+    const QString hint = QStringLiteral("x-kde-passwordManagerHint");
+    ASSERT_TRUE(pasteboard->setString(QStringLiteral("pass"), PasteboardContent::secret));
+    EXPECT_TRUE(pasteboard->string().isSecret);
+    EXPECT_TRUE(clipboard().targets().contains(hint));
+    EXPECT_FALSE(clipboard().targets().contains(QStringLiteral("SAVE_TARGETS")));
+    EXPECT_EQ(clipboard().read(hint).bytes, QByteArray("secret"));
+    EXPECT_EQ(clipboard().text(), QStringLiteral("pass"));
+    X11Pasteboard other(desktop().display().toLatin1());
+    EXPECT_TRUE(other.string().isSecret);
+}
+
+TEST_F(PasteboardOnX11, whatIsOfferedForAMomentCountsAsSecret) {
+    ASSERT_TRUE(pasteboard->setString(QStringLiteral("a"), PasteboardContent::temporary));
+    EXPECT_TRUE(pasteboard->string().isSecret);
+    ASSERT_TRUE(pasteboard->setString(QStringLiteral("a"), PasteboardContent::lasting));
+    EXPECT_FALSE(pasteboard->string().isSecret);
+}
+
 TEST_F(PasteboardOnX11, aLateRequestGetsWhatWasOnOfferAtItsTime) {
     ASSERT_TRUE(pasteboard->setString(QStringLiteral("pasted"), PasteboardContent::temporary));
     tick();

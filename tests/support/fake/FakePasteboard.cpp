@@ -31,7 +31,7 @@ PasteboardString FakePasteboard::string() const {
     }
     const auto& text = history_.back().text;
     if (!text) return {PasteboardString::Status::none, {}};
-    return {PasteboardString::Status::value, *text};
+    return {PasteboardString::Status::value, *text, history_.back().isSecret};
 }
 
 void FakePasteboard::clearContents() {
@@ -49,6 +49,7 @@ bool FakePasteboard::setString(const QString& text, PasteboardContent content) {
     offer.owner = Owner::program;
     offer.text = text;
     offer.content = content;
+    offer.isSecret = content != PasteboardContent::lasting;
     take(std::move(offer),
          content == PasteboardContent::temporary ? "pasteboard set temporarily" : "pasteboard set");
     return true;
@@ -60,6 +61,15 @@ void FakePasteboard::copyFrom(qint32 application, const QString& text) {
     offer.application = application;
     offer.text = text;
     take(std::move(offer), "copied");
+}
+
+void FakePasteboard::copySecretFrom(qint32 application, const QString& text) {
+    Offer offer;
+    offer.owner = Owner::application;
+    offer.application = application;
+    offer.text = text;
+    offer.isSecret = true;
+    take(std::move(offer), "copied a secret");
 }
 
 void FakePasteboard::copyOtherFrom(qint32 application, const QStringList& types) {

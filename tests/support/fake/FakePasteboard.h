@@ -25,6 +25,7 @@ public:
         std::optional<QString> text;  ///< none for an empty pasteboard, and for content without plain text
         QStringList otherTypes;
         PasteboardContent content = PasteboardContent::lasting;
+        bool isSecret = false;  ///< marked by its owner
         bool answers = true;
     };
 
@@ -35,6 +36,8 @@ public:
 
     /// An application copies.
     void copyFrom(qint32 application, const QString& text);
+    /// A password manager copies and marks it.
+    void copySecretFrom(qint32 application, const QString& text);
     /// An application puts up content that has no plain text, such as a picture.
     void copyOtherFrom(qint32 application, const QStringList& types);
     /// Content of nobody the test cares about: what the user had copied before the story starts.

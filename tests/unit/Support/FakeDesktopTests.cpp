@@ -246,6 +246,20 @@ TEST_F(FakeDesktopTest, anElementOutlivesItsField) {
     EXPECT_EQ(desktop.workspace.frontmostApplication().value_or(RunningApplication()).window, 0u);
 }
 
+TEST_F(FakeDesktopTest, thePasteboardTellsWhatIsMarkedSecret) {
+    desktop.pasteboard.put(QStringLiteral("word"));
+    EXPECT_FALSE(desktop.pasteboard.string().isSecret);
+    desktop.pasteboard.copySecretFrom(0, QStringLiteral("pass"));
+    EXPECT_EQ(desktop.pasteboard.string().value(), QStringLiteral("pass"));
+    EXPECT_TRUE(desktop.pasteboard.string().isSecret);
+    desktop.pasteboard.setString(QStringLiteral("pass"), PasteboardContent::secret);
+    EXPECT_TRUE(desktop.pasteboard.string().isSecret);
+    desktop.pasteboard.setString(QStringLiteral("ours"), PasteboardContent::temporary);
+    EXPECT_TRUE(desktop.pasteboard.string().isSecret);
+    desktop.pasteboard.setString(QStringLiteral("word"), PasteboardContent::lasting);
+    EXPECT_FALSE(desktop.pasteboard.string().isSecret);
+}
+
 TEST_F(FakeDesktopTest, aPasteboardOwnerThatDoesNotAnswerIsNotAnEmptyPasteboard) {
     desktop.pasteboard.putOther({QStringLiteral("image/png")});
     EXPECT_EQ(desktop.pasteboard.string().status, PasteboardString::Status::none);

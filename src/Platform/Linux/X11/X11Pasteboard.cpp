@@ -26,7 +26,8 @@ PasteboardString X11Pasteboard::string() const {
     if (server_ && reader_->owner() == server_->window()) {
         if (const auto own = server_->current()) {
             if (!own->utf8) return {};
-            return {PasteboardString::Status::value, QString::fromUtf8(*own->utf8)};
+            return {PasteboardString::Status::value, QString::fromUtf8(*own->utf8),
+                    own->content != PasteboardContent::lasting};
         }
     }
     return reader_->string(readLimit);

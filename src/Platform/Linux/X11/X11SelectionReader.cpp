@@ -147,9 +147,30 @@ X11SelectionReader::Answer X11SelectionReader::readPieces(xcb_atom_t property, C
     }
 }
 
+/// An owner that gave its text and then falls silent is taken to have a secret: the history can do without a
+/// text, but must not hold a password.
+bool X11SelectionReader::isMarkedSecret(Clock::time_point deadline) {
+    const auto answer = read(connection_->atom("x-kde-passwordManagerHint"), deadline);
+    if (answer.status == Answer::Status::unanswered) return true;
+    return answer.status == Answer::Status::value && answer.bytes.startsWith("secret");
+}
+
 PasteboardString X11SelectionReader::string(milliseconds limit) {
     if (!isUsable() || connection_->isLost()) return {PasteboardString::Status::unanswered, {}};
     const auto deadline = Clock::now() + limit;
+    for (;;) {
+        const auto before = changeCount();
+        auto string = ask(deadline);
+        // The text of one owner and the mark of the next would not belong together.
+        if (string.status != PasteboardString::Status::value || changeCount() == before) return string;
+        if (Clock::now() >= deadline) {
+            string.isSecret = true;
+            return string;
+        }
+    }
+}
+
+PasteboardString X11SelectionReader::ask(Clock::time_point deadline) {
     if (owner() == XCB_NONE && !connection_->isLost()) return {};
     for (const char* target : {"UTF8_STRING", "text/plain;charset=utf-8", "STRING", "TEXT"}) {
         const auto answer = read(connection_->atom(target), deadline);
@@ -163,7 +184,7 @@ PasteboardString X11SelectionReader::string(milliseconds limit) {
         if (bytes.endsWith('\0')) bytes.chop(1);
         const bool isLatin = answer.type == XCB_ATOM_STRING;
         return {PasteboardString::Status::value,
-                isLatin ? QString::fromLatin1(bytes) : QString::fromUtf8(bytes)};
+                isLatin ? QString::fromLatin1(bytes) : QString::fromUtf8(bytes), isMarkedSecret(deadline)};
     }
     return {};
 }

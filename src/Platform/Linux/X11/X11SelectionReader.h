@@ -31,6 +31,8 @@ private:
     };
 
     Answer read(xcb_atom_t target, Clock::time_point deadline);
+    PasteboardString ask(Clock::time_point deadline);
+    bool isMarkedSecret(Clock::time_point deadline);
     Answer readPieces(xcb_atom_t property, Clock::time_point deadline);
     std::optional<X11Connection::Property> take(xcb_atom_t property);
     std::optional<xcb_timestamp_t> serverTime(Clock::time_point deadline);

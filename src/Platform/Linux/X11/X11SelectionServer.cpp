@@ -329,8 +329,8 @@ std::optional<X11SelectionServer::Content> X11SelectionServer::convert(xcb_atom_
         if (offer.utf8) {
             list.insert(list.end(),
                         {atoms_.utf8, atoms_.plainUtf8, atoms_.plain, atoms_.text, XCB_ATOM_STRING});
-            list.push_back(offer.content == PasteboardContent::temporary ? atoms_.secretHint
-                                                                         : atoms_.saveTargets);
+            list.push_back(offer.content == PasteboardContent::lasting ? atoms_.saveTargets
+                                                                       : atoms_.secretHint);
         }
         return Content{XCB_ATOM_ATOM, 32, bytesOf(list)};
     }
@@ -339,7 +339,7 @@ std::optional<X11SelectionServer::Content> X11SelectionServer::convert(xcb_atom_
     if (target == atoms_.utf8 || target == atoms_.text) return Content{atoms_.utf8, 8, *offer.utf8};
     if (target == atoms_.plainUtf8 || target == atoms_.plain) return Content{target, 8, *offer.utf8};
     if (target == XCB_ATOM_STRING) return Content{target, 8, QString::fromUtf8(*offer.utf8).toLatin1()};
-    if (target == atoms_.secretHint && offer.content == PasteboardContent::temporary) {
+    if (target == atoms_.secretHint && offer.content != PasteboardContent::lasting) {
         return Content{target, 8, QByteArrayLiteral("secret")};
     }
     if (target == atoms_.saveTargets && offer.content == PasteboardContent::lasting) {
