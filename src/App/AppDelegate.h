@@ -23,6 +23,7 @@
 namespace veltrin {
 
 class AppSettings;
+struct DataStore;
 class ExpressionMemoryStore;
 class OllamaClient;
 
@@ -37,6 +38,7 @@ public:
         NotificationCenter& notifications;
         OllamaClient& client;
         ExpressionMemoryStore& expressionMemory;
+        DataStore& data;
     };
 
     AppDelegate(const Desktop& desktop, const Shared& shared);

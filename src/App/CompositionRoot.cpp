@@ -3,6 +3,8 @@
 #include "AI/OllamaClient.h"
 #include "App/AppDelegate.h"
 #include "Data/AppSettings.h"
+#include "Data/DataDirectory.h"
+#include "Data/DataStore.h"
 #include "Expression/ExpressionMemoryStore.h"
 #include "Foundation/MVPLog.h"
 #include "Platform/Linux/AtSpi/AtSpiAccessibility.h"
@@ -20,6 +22,7 @@
 #include "Platform/Linux/X11/X11Windows.h"
 #include "Platform/Linux/X11/X11Workspace.h"
 #include "Platform/Linux/X11TopLevelWindows.h"
+#include "Session/WorkSessionManager.h"
 #include "UI/Overlays/QuickFloatingPanels.h"
 
 #include <QGuiApplication>
@@ -87,10 +90,12 @@ struct CompositionRoot::Objects {
     QuickFloatingPanels floatingPanels{screens, [this] { return usesDarkPopups(); }};
     OllamaClient client{httpClient, settings};
     ExpressionMemoryStore expressionMemory{preferences};
+    DataStore data{appSupportDir(environment), runLoop, pasteboard, workspace, preferences};
+    WorkSessionManager workSession{runLoop, preferences, workspace, notifications};
     AppDelegate delegate{
         Desktop{runLoop, keyEventTaps, keyPoster, accessibility, pasteboard, workspace, screens, preferences,
                 httpClient, floatingPanels, processControl, environment},
-        AppDelegate::Shared{settings, notifications, client, expressionMemory}};
+        AppDelegate::Shared{settings, notifications, client, expressionMemory, data}};
 
     bool usesDarkPopups() const {
         switch (settings.popupAppearance()) {
