@@ -13,6 +13,8 @@
 namespace veltrin {
 
 class RunLoop;
+struct DictionaryTerm;
+struct MemoryActionPreset;
 struct StoredPrompt;
 
 /// What is to become of a prompt.
@@ -47,6 +49,11 @@ public:
     QCoro::Task<QString> translate(QString text) const;
     /// The prompt `text`, rewritten. Leaves an entry in the history before it asks the model.
     QCoro::Task<QString> optimize(QString text, OptimizeOption option) const;
+
+    /// A quick action, or a term, after the user's description; it is in no list yet. An answer that cannot
+    /// be read gives one made of the description alone.
+    QCoro::Task<MemoryActionPreset> draftMemoryAction(QString description) const;
+    QCoro::Task<DictionaryTerm> draftDictionaryTerm(QString description) const;
 
     /// The ids of the prompts that fit `query`, best first; empty when the model finds none.
     QCoro::Task<std::vector<QUuid>> semanticSearch(QString query, std::vector<StoredPrompt> prompts) const;

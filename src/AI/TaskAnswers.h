@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Data/DictionaryStore.h"
+#include "Data/MemoryActionPreset.h"
 #include "Data/StoredPrompt.h"
 
 #include <cstddef>
@@ -18,5 +20,13 @@ QStringList tags(const QString& answer);
 /// The prompt in the object that begins at the answer's first brace, with a new id and dated `now`; none when
 /// it has no title or no content.
 std::optional<StoredPrompt> prompt(const QString& answer, Date now);
+
+/// The action in an answer that is one JSON object and nothing else; a member that is missing or no string
+/// has its default. Any other answer gives an action whose instruction is `description`. New, and dated
+/// `now`.
+MemoryActionPreset memoryAction(const QString& answer, const QString& description, Date now);
+
+/// The same for a term, whose word is else the beginning of `description`.
+DictionaryTerm dictionaryTerm(const QString& answer, const QString& description, Date now);
 
 }  // namespace veltrin::TaskAnswers

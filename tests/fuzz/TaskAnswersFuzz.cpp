@@ -1,15 +1,8 @@
 #include "AI/TaskAnswers.h"
-#include "Foundation/MVPLog.h"
 #include "Foundation/Text.h"
 #include "fuzz/FuzzInput.h"
 
 using namespace veltrin;
-
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    MVPLog::setPrinting(false);
-    MVPLog::setLogURL(QStringLiteral("/dev/null"));
-    return 0;
-}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     FuzzedDataProvider input(data, size);
@@ -27,5 +20,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const auto written = writeRecord(*prompt);
         fuzz::check(written && readRecord<StoredPrompt>(*written) == *prompt, "a prompt survives its file");
     }
+    const auto action = TaskAnswers::memoryAction(answer, QStringLiteral("描述"), now);
+    fuzz::check(readRecord<MemoryActionPreset>(writeRecord(action).value()) == action,
+                "a drafted action survives its file");
+    const auto term = TaskAnswers::dictionaryTerm(answer, QStringLiteral("描述"), now);
+    fuzz::check(readRecord<DictionaryTerm>(writeRecord(term).value()) == term,
+                "a drafted term survives its file");
     return 0;
 }

@@ -59,5 +59,74 @@ TEST(TaskAnswers, readsNoPromptWhereNoneStands) {
         EXPECT_FALSE(TaskAnswers::prompt(answer, Date{})) << qPrintable(answer);
 }
 
+TEST(TaskAnswers, readsADraftedAction) {
+    const Date now{1795255200};
+    const auto action = TaskAnswers::memoryAction(
+        u" {\"title\":\" 更客气 \",\"description\":\"说得客气\\n\",\"instruction\":\" 改得客气。\","
+        "\"icon\":\"hand.wave\",\"colorHex\":\" #B5D8FF\"} "_s,
+        u"把话说得客气些"_s, now);
+    EXPECT_EQ(action.title, u"更客气"_s);
+    EXPECT_EQ(action.description, u"说得客气"_s);
+    EXPECT_EQ(action.instruction, u"改得客气。"_s);
+    EXPECT_EQ(action.icon, u"hand.wave"_s);
+    EXPECT_EQ(action.colorHex, u"#B5D8FF"_s);
+    EXPECT_FALSE(action.isQuickAction || action.shortcutSlot || action.id.isNull());
+    EXPECT_EQ(action.createdAt, now);
+    EXPECT_EQ(action.updatedAt, now);
+}
+
+void expectDefaultAction(const MemoryActionPreset& action, const QString& instruction) {
+    EXPECT_EQ(action.title, u"自定义动作"_s);
+    EXPECT_EQ(action.description, u"按你的规则处理文本"_s);
+    EXPECT_EQ(action.instruction, instruction);
+    EXPECT_EQ(action.icon, u"wand.and.stars"_s);
+    EXPECT_EQ(action.colorHex, u"#FFE066"_s);
+}
+
+TEST(TaskAnswers, makesAnActionOfTheDescriptionAlone) {
+    for (const QString& answer :
+         {u"{}"_s, u"{\"title\":1,\"instruction\":null}"_s, u""_s, u"[]"_s, u"\"x\""_s,
+          u"好的：{\"title\":\"x\"}"_s, u"```json\n{\"title\":\"x\"}\n```"_s})
+        expectDefaultAction(TaskAnswers::memoryAction(answer, u"客气些"_s, Date{}), u"客气些"_s);
+    expectDefaultAction(TaskAnswers::memoryAction(u"抱歉"_s, {}, Date{}), u"保留原意，优化表达。"_s);
+}
+
+TEST(TaskAnswers, readsADraftedTerm) {
+    const Date now{1795255200};
+    const auto term = TaskAnswers::dictionaryTerm(
+        u"{\"term\":\"ESC\",\"meaning\":\"排版工具\",\"context\":\"工作\",\"aliases\":[\"Esc\",\"esc\"]}"_s,
+        u"描述"_s, now);
+    EXPECT_EQ(term.term, u"ESC"_s);
+    EXPECT_EQ(term.meaning, u"排版工具"_s);
+    EXPECT_EQ(term.context, u"工作"_s);
+    EXPECT_EQ(term.aliases, (QStringList{u"Esc"_s, u"esc"_s}));
+    EXPECT_EQ(term.source, u"ai"_s);
+    EXPECT_EQ(term.createdAt, now);
+    EXPECT_EQ(term.updatedAt, now);
+    EXPECT_FALSE(term.id.isNull());
+}
+
+TEST(TaskAnswers, givesATermItsDefaultsMemberByMember) {
+    const auto term = TaskAnswers::dictionaryTerm(u"{\"aliases\":[\"a\",1]}"_s, u"描述"_s, Date{});
+    EXPECT_EQ(term.term, u"描述"_s) << "a term without a word is named by the description";
+    EXPECT_EQ(term.meaning, u"用户自定义专有名词。"_s);
+    EXPECT_EQ(term.context, u"Veltrin 私有词典"_s);
+    EXPECT_TRUE(term.aliases.isEmpty()) << "an array that is not all strings is none";
+    EXPECT_EQ(term.source, u"ai"_s);
+}
+
+TEST(TaskAnswers, makesATermOfTheDescriptionAlone) {
+    for (const QString& answer : {u"抱歉"_s, u"[]"_s, u"词条：{\"term\":\"x\"}"_s}) {
+        const auto term = TaskAnswers::dictionaryTerm(answer, u"👩‍👩‍👧"_s.repeated(29), Date{});
+        EXPECT_EQ(term.term, u"👩‍👩‍👧"_s.repeated(28));
+        EXPECT_EQ(term.meaning, u"👩‍👩‍👧"_s.repeated(29));
+        EXPECT_EQ(term.context, u"Veltrin 私有词典"_s);
+        EXPECT_EQ(term.source, u"ai"_s);
+    }
+    const auto term = TaskAnswers::dictionaryTerm(u"抱歉"_s, {}, Date{});
+    EXPECT_EQ(term.term, u"新词条"_s);
+    EXPECT_EQ(term.meaning, u"用户自定义专有名词。"_s);
+}
+
 }  // namespace
 }  // namespace veltrin

@@ -95,7 +95,7 @@ TEST_F(PromptStoreTest, aRecordWithoutATitleMakesTheFileReadAsEmpty) {
 TEST_F(PromptStoreTest, aNewPromptStandsInFrontAndIsWritten) {
     PromptStore store(folder(), runLoop);
     int changes = 0;
-    const auto subscription = store.changed.subscribe([&] { ++changes; });
+    const auto subscription = store.changed().subscribe([&] { ++changes; });
     store.insert(prompt(u"新"_s));
     EXPECT_EQ(store.prompts().front().title, u"新"_s);
     EXPECT_EQ(store.prompts().size(), 11U);
@@ -107,7 +107,7 @@ TEST_F(PromptStoreTest, aNewPromptStandsInFrontAndIsWritten) {
 TEST_F(PromptStoreTest, anUpdateIsDatedAndOfAnUnknownIdNothing) {
     PromptStore store(folder(), runLoop);
     int changes = 0;
-    const auto subscription = store.changed.subscribe([&] { ++changes; });
+    const auto subscription = store.changed().subscribe([&] { ++changes; });
     runLoop.advance(100);
     StoredPrompt changed = store.prompts()[1];
     changed.title = u"水墨"_s;

@@ -1,3 +1,5 @@
+#include "Data/DictionaryStore.h"
+#include "Data/MemoryActionPreset.h"
 #include "Data/StoredPrompt.h"
 #include "Engines/TransformEngine.h"
 #include "Engines/TransformEngineRuntime.h"
@@ -135,6 +137,14 @@ const std::vector<Row> rows{
      },
      {u"好。"_s},
      {{0.2, 777, 45}}},
+    {"MemoryActionDraft",
+     [](TaskWorldOnTheWire& world) { finish(world.tasks().draftMemoryAction(u"客气"_s)); },
+     {QString(), u"{}"_s},
+     {{0.25, 260, 30}, {0.25, 420, 45}}},
+    {"DictionaryTermDraft",
+     [](TaskWorldOnTheWire& world) { finish(world.tasks().draftDictionaryTerm(u"ESC"_s)); },
+     {QString(), u"{}"_s},
+     {{0.15, 220, 30}, {0.15, 360, 45}}},
     {"SemanticSearch",
      [](TaskWorldOnTheWire& world) { finish(world.tasks().semanticSearch(u"猫"_s, {cat()})); },
      {u"[0]"_s},
