@@ -1,5 +1,6 @@
 #include "App/CompositionRoot.h"
 
+#include "AI/AgentTeamManager.h"
 #include "AI/OllamaClient.h"
 #include "App/AppDelegate.h"
 #include "Data/AppSettings.h"
@@ -89,6 +90,7 @@ struct CompositionRoot::Objects {
     AppSettings settings{preferences, notifications, environment};
     QuickFloatingPanels floatingPanels{screens, [this] { return usesDarkPopups(); }};
     OllamaClient client{httpClient, settings};
+    AgentTeamManager agents{appSupportDir(environment), preferences, runLoop};
     ExpressionMemoryStore expressionMemory{preferences};
     DataStore data{appSupportDir(environment), runLoop, pasteboard, workspace, preferences};
     WorkSessionManager workSession{runLoop, preferences, workspace, notifications};
