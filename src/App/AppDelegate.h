@@ -25,6 +25,7 @@ namespace veltrin {
 class AppSettings;
 struct DataStore;
 class ExpressionMemoryStore;
+class ModelTasks;
 class OllamaClient;
 
 /// The spine of the process: owns the long-lived objects, turns the engine's raw callbacks into actions, and
@@ -39,6 +40,7 @@ public:
         OllamaClient& client;
         ExpressionMemoryStore& expressionMemory;
         DataStore& data;
+        ModelTasks& tasks;
     };
 
     AppDelegate(const Desktop& desktop, const Shared& shared);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "AI/AgentTeamManager.h"
+#include "AI/ModelTasks.h"
 #include "AI/OllamaClient.h"
 #include "App/AppDelegate.h"
 #include "Data/AppSettings.h"
@@ -36,6 +38,8 @@ public:
     /// The process is gone without a word.
     void destroy() {
         delegate_.reset();
+        tasks_.reset();
+        agents_.reset();
         data_.reset();
     }
 
@@ -43,6 +47,8 @@ public:
     AppSettings& settings();
     ExpressionMemoryStore& expressionMemory() { return expressionMemory_; }
     DataStore& data() { return *data_; }
+    AgentTeamManager& agents() { return *agents_; }
+    ModelTasks& tasks() { return *tasks_; }
 
     void type(const QString& text) { desktop.keyboard.type(text); }
     /// Three taps of the space bar after a pause that lets them count.
@@ -67,6 +73,8 @@ private:
     std::optional<OllamaClient> client_;
     ExpressionMemoryStore expressionMemory_{desktop.preferences};
     std::optional<DataStore> data_;
+    std::optional<AgentTeamManager> agents_;
+    std::optional<ModelTasks> tasks_;
     std::unique_ptr<AppDelegate> delegate_;
 };
 

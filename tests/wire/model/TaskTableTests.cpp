@@ -1,3 +1,5 @@
+#include "AI/AIChatCreateSheet.h"
+#include "AI/AgentGeneration.h"
 #include "Data/DictionaryStore.h"
 #include "Data/MemoryActionPreset.h"
 #include "Data/StoredPrompt.h"
@@ -97,6 +99,15 @@ std::function<void(TaskWorldOnTheWire&)> transform(ActionOperation operation) {
     };
 }
 
+void chat(TaskWorldOnTheWire& world) {
+    AIChatCreateSheet sheet(world.notedClient(), world.runLoop, [](const AgentProfile&) {});
+    for (const QString& words : {u"校对论文"_s, u"给导师看"_s}) {
+        sheet.userInput = words;
+        sheet.sendMessage();
+        runUntil([&] { return !sheet.isThinking(); });
+    }
+}
+
 const std::vector<Row> rows{
     {"WarmUp",
      [](TaskWorldOnTheWire& world) { finish(world.notedClient().warmup()); },
@@ -161,6 +172,22 @@ const std::vector<Row> rows{
      [](TaskWorldOnTheWire& world) { finish(world.tasks().suggestTags(cat())); },
      {u"[]"_s},
      {{0.2, 120, 15}}},
+    {"AgentChat",
+     chat,
+     {u"给谁看？"_s, u"明白了。"_s, u"{}"_s},
+     {{0.5, 180, 15}, {0.5, 180, 15}, {0.5, 600, 25}}},
+    {"AgentGeneration",
+     [](TaskWorldOnTheWire& world) {
+         finish(AgentGeneration::generate(world.notedClient(), &world.runLoop, u"诗人"_s));
+     },
+     {u"{}"_s},
+     {{0.3, std::nullopt, 30}}},
+    {"AgentOptimization",
+     [](TaskWorldOnTheWire& world) {
+         finish(AgentGeneration::optimize(world.notedClient(), &world.runLoop, AgentProfile::made(Date{})));
+     },
+     {u"{}"_s},
+     {{0.3, std::nullopt, 30}}},
 };
 
 INSTANTIATE_TEST_SUITE_P(AllTasks, TaskTable, testing::ValuesIn(rows),
