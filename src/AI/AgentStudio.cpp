@@ -103,6 +103,10 @@ void AgentStudio::takeImprovement(const AgentProfile& before, const AgentProfile
     manager_.update(agent);
 }
 
+void AgentStudio::applyScene(const SceneConfig& scene) {
+    show(manager_.applyScene(scene).summary());
+}
+
 void AgentStudio::handleImport(const QString& path) {
     const QFileInfo info(path);
     if (!info.isReadable()) return show(QStringLiteral("无法访问文件"));

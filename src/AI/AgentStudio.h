@@ -10,6 +10,7 @@
 namespace veltrin {
 
 class AgentTeamManager;
+struct SceneConfig;
 
 /// A short message over the page; the icon is a symbol's name, or empty.
 struct StudioToast {
@@ -40,6 +41,9 @@ public:
     void optimize(const QUuid& id);
     /// Whether an agent is being improved.
     bool isOptimizing() const { return isOptimizing_; }
+
+    /// Puts a scene's agents into the list and the slots, once the user has confirmed it.
+    void applyScene(const SceneConfig& scene);
 
     /// Takes in the agent of a card file.
     void handleImport(const QString& path);

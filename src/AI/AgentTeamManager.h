@@ -3,6 +3,7 @@
 #include "AI/AgentPreset.h"
 #include "AI/AgentProfile.h"
 #include "AI/OllamaClient.h"
+#include "AI/SceneApplyResult.h"
 #include "AI/ShortcutAssignments.h"
 #include "Data/JSONStore.h"
 #include "Foundation/Observers.h"
@@ -16,6 +17,7 @@ namespace veltrin {
 
 class Preferences;
 class RunLoop;
+struct SceneConfig;
 
 /// The user's agents and which of them serves which slot of which shortcut. After every read of a slot, each
 /// slot holds a living agent as long as there is one. Every change is written at once; a file or preference
@@ -77,6 +79,10 @@ public:
     /// Puts the card's agent at the head of the list. The agent that is returned has another identifier than
     /// the one in the list: use its name only. None for bytes that are no card.
     std::optional<AgentProfile> importAgentCard(const QByteArray& utf8);
+
+    /// Makes the agents of a scene that are not there by name, at the head of the list, and puts each agent
+    /// of the scene into its slot; other slots keep theirs.
+    SceneApplyResult applyScene(const SceneConfig& scene);
 
     /// An agent made by the model, in no list yet. Throws what the client throws.
     QCoro::Task<AgentProfile> generateAgent(const OllamaClient& client, const QString& description) const;
