@@ -27,6 +27,7 @@ struct DataStore;
 class ExpressionMemoryStore;
 class ModelTasks;
 class OllamaClient;
+class UserBehaviorTracker;
 
 /// The spine of the process: owns the long-lived objects, turns the engine's raw callbacks into actions, and
 /// brings the process up and down in order. The work of each interaction is done by an object of its own.
@@ -40,6 +41,7 @@ public:
         OllamaClient& client;
         ExpressionMemoryStore& expressionMemory;
         DataStore& data;
+        UserBehaviorTracker& behaviors;
         ModelTasks& tasks;
     };
 

@@ -13,8 +13,10 @@ class ExpressionMemoryStore;
 class ExpressionRunner;
 class MVPDebugPanel;
 class ModelTasks;
+class OllamaClient;
 class RunLoop;
 class SpaceGestureEngine;
+class UserBehaviorTracker;
 class WritebackTargetValidator;
 
 /// Runs actions on foreign text: binds the pipeline to the panels, the writeback and the expression engine of
@@ -31,6 +33,8 @@ public:
         WritebackTargetValidator& validator;
         ExpressionRunner& expressions;
         ExpressionMemoryStore& memory;
+        UserBehaviorTracker& behaviors;
+        OllamaClient& client;
         ModelTasks& tasks;
     };
 
@@ -48,6 +52,7 @@ private:
     void showCopiedFallbackResult(const QString& text, const ExternalGestureAIAction& action);
     ExternalTextWritebackResult write(const QString& text, const ExternalTextReadResult& read,
                                       bool forceReplaceAll);
+    void recordBehavior(const ExternalGestureAIAction& action, const ExternalTextReadResult& read);
     void recordMemoryEvent(const ExpressionResult& result, bool writebackSucceeded);
 
     Parts parts_;

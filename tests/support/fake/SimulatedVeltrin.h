@@ -7,6 +7,7 @@
 #include "Data/AppSettings.h"
 #include "Data/DataStore.h"
 #include "Expression/ExpressionMemoryStore.h"
+#include "Session/UserBehaviorTracker.h"
 #include "support/fake/FakeDesktop.h"
 #include "support/fake/SimulatedModel.h"
 
@@ -49,6 +50,7 @@ public:
     DataStore& data() { return *data_; }
     AgentTeamManager& agents() { return *agents_; }
     ModelTasks& tasks() { return *tasks_; }
+    UserBehaviorTracker& behaviors() { return behaviors_; }
 
     void type(const QString& text) { desktop.keyboard.type(text); }
     /// Three taps of the space bar after a pause that lets them count.
@@ -75,6 +77,8 @@ private:
     std::optional<DataStore> data_;
     std::optional<AgentTeamManager> agents_;
     std::optional<ModelTasks> tasks_;
+    /// In a folder that cannot be, so that it works from memory: the disk would dominate a simulation's time.
+    UserBehaviorTracker behaviors_{QStringLiteral("/dev/null/Veltrin"), desktop.runLoop};
     std::unique_ptr<AppDelegate> delegate_;
 };
 
