@@ -1,10 +1,15 @@
 #include "AI/AIChatCreateSheet.h"
+#include "AI/AdaptiveRecommender.h"
 #include "AI/AgentGeneration.h"
+#include "AI/PromptDiagnosis.h"
+#include "AI/ReverseWorkbench.h"
+#include "AI/WorkbenchProject.h"
 #include "Data/DictionaryStore.h"
 #include "Data/MemoryActionPreset.h"
 #include "Data/StoredPrompt.h"
 #include "Engines/TransformEngine.h"
 #include "Engines/TransformEngineRuntime.h"
+#include "Session/UserBehaviorTracker.h"
 #include "wire/model/TaskWorldOnTheWire.h"
 
 namespace veltrin {
@@ -99,6 +104,10 @@ std::function<void(TaskWorldOnTheWire&)> transform(ActionOperation operation) {
     };
 }
 
+ReverseWorkbench workbench(TaskWorldOnTheWire& world) {
+    return ReverseWorkbench(world.notedClient(), world.runLoop, world.material());
+}
+
 void chat(TaskWorldOnTheWire& world) {
     AIChatCreateSheet sheet(world.notedClient(), world.runLoop, [](const AgentProfile&) {});
     for (const QString& words : {u"校对论文"_s, u"给导师看"_s}) {
@@ -172,6 +181,29 @@ const std::vector<Row> rows{
      [](TaskWorldOnTheWire& world) { finish(world.tasks().suggestTags(cat())); },
      {u"[]"_s},
      {{0.2, 120, 15}}},
+    {"Diagnose",
+     [](TaskWorldOnTheWire& world) {
+         finish(PromptDiagnosis(world.notedClient(), world.runLoop, world.material()).diagnose(u"猫"_s));
+     },
+     {u"{}"_s},
+     {{0.3, std::nullopt, 30}}},
+    {"ReverseWorkbench",
+     [](TaskWorldOnTheWire& world) {
+         finish(workbench(world).reverseEngineerProject(u"猫"_s, {u"文本优化"_s}, std::nullopt));
+     },
+     {u"{}"_s},
+     {{0.3, std::nullopt, 30}}},
+    {"IteratePrompt",
+     [](TaskWorldOnTheWire& world) { finish(workbench(world).iteratePrompt(u"猫"_s, u"更短"_s)); },
+     {u"好"_s},
+     {{0.3, std::nullopt, 30}}},
+    {"CommandRecommendation",
+     [](TaskWorldOnTheWire& world) {
+         const UserBehaviorTracker tracker(u"/dev/null/Veltrin"_s, world.runLoop);
+         finish(AdaptiveRecommender::recommend(u"猫"_s, u"Editor"_s, world.notedClient(), tracker));
+     },
+     {QString(), u"[]"_s},
+     {{0.1, 600, 30}, {0.1, 900, 45}}},
     {"AgentChat",
      chat,
      {u"给谁看？"_s, u"明白了。"_s, u"{}"_s},
@@ -191,7 +223,7 @@ const std::vector<Row> rows{
 };
 
 INSTANTIATE_TEST_SUITE_P(AllTasks, TaskTable, testing::ValuesIn(rows),
-                         [](const auto& info) { return info.param.name; });
+                         [](const auto& row) { return row.param.name; });
 
 }  // namespace
 }  // namespace veltrin
