@@ -40,8 +40,8 @@ public:
         NotificationCenter& notifications;
         OllamaClient& client;
         ExpressionMemoryStore& expressionMemory;
-        DataStore& data;
         UserBehaviorTracker& behaviors;
+        DataStore& data;
         ModelTasks& tasks;
     };
 

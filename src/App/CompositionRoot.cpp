@@ -84,13 +84,13 @@ struct CompositionRoot::Objects {
     AgentTeamManager agents{appSupportDir(environment), preferences, runLoop};
     ExpressionMemoryStore expressionMemory{preferences};
     DataStore data{appSupportDir(environment), runLoop, pasteboard, workspace, preferences};
-    UserBehaviorTracker behaviors{appSupportDir(environment), runLoop};
     ModelTasks tasks{client, settings, runLoop, taskMaterial(agents, data.dictionary, data.history)};
     WorkSessionManager workSession{runLoop, preferences, workspace, notifications};
+    UserBehaviorTracker behaviors{appSupportDir(environment), runLoop};
     AppDelegate delegate{
         Desktop{runLoop, keyEventTaps, keyPoster, accessibility, pasteboard, workspace, screens, preferences,
                 httpClient, floatingPanels, processControl, environment},
-        AppDelegate::Shared{settings, notifications, client, expressionMemory, data, behaviors, tasks}};
+        AppDelegate::Shared{settings, notifications, client, expressionMemory, behaviors, data, tasks}};
 
     bool usesDarkPopups() const {
         switch (settings.popupAppearance()) {

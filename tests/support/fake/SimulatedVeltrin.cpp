@@ -41,8 +41,8 @@ void SimulatedVeltrin::launch() {
     tasks_.emplace(*client_, settings(), desktop.runLoop,
                    taskMaterial(*agents_, data_->dictionary, data_->history));
     delegate_ = std::make_unique<AppDelegate>(
-        desktop.desktop(), AppDelegate::Shared{settings(), notifications, *client_, expressionMemory_, *data_,
-                                               behaviors_, *tasks_});
+        desktop.desktop(), AppDelegate::Shared{settings(), notifications, *client_, expressionMemory_,
+                                               behaviors_, *data_, *tasks_});
     delegate_->applicationDidFinishLaunching();
     desktop.runLoop.runDue();
 }

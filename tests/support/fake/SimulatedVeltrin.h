@@ -47,10 +47,10 @@ public:
     AppDelegate& delegate() { return *delegate_; }
     AppSettings& settings();
     ExpressionMemoryStore& expressionMemory() { return expressionMemory_; }
+    UserBehaviorTracker& behaviors() { return behaviors_; }
     DataStore& data() { return *data_; }
     AgentTeamManager& agents() { return *agents_; }
     ModelTasks& tasks() { return *tasks_; }
-    UserBehaviorTracker& behaviors() { return behaviors_; }
 
     void type(const QString& text) { desktop.keyboard.type(text); }
     /// Three taps of the space bar after a pause that lets them count.
@@ -74,11 +74,11 @@ private:
     std::optional<AppSettings> settings_;
     std::optional<OllamaClient> client_;
     ExpressionMemoryStore expressionMemory_{desktop.preferences};
+    /// In a folder that cannot be, so that it works from memory: the disk would dominate a simulation's time.
+    UserBehaviorTracker behaviors_{QStringLiteral("/dev/null/Veltrin"), desktop.runLoop};
     std::optional<DataStore> data_;
     std::optional<AgentTeamManager> agents_;
     std::optional<ModelTasks> tasks_;
-    /// In a folder that cannot be, so that it works from memory: the disk would dominate a simulation's time.
-    UserBehaviorTracker behaviors_{QStringLiteral("/dev/null/Veltrin"), desktop.runLoop};
     std::unique_ptr<AppDelegate> delegate_;
 };
 
