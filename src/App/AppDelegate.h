@@ -25,6 +25,7 @@ namespace veltrin {
 class AppSettings;
 struct DataStore;
 class ExpressionMemoryStore;
+class ModelTasks;
 class OllamaClient;
 class UserBehaviorTracker;
 
@@ -41,6 +42,7 @@ public:
         ExpressionMemoryStore& expressionMemory;
         UserBehaviorTracker& behaviors;
         DataStore& data;
+        ModelTasks& tasks;
     };
 
     AppDelegate(const Desktop& desktop, const Shared& shared);
