@@ -82,7 +82,9 @@ const AgentProfile* AgentTeamManager::agentNamed(const QString& name) const {
 }
 
 const AgentProfile* AgentTeamManager::agentOfText(const QString& idText) const {
-    return first(agents_, [&idText](const AgentProfile& each) { return uuidText(each.id) == idText; });
+    const auto id = uuidFrom(idText);
+    // The text has to be the written form: one in lower case names nobody.
+    return id && uuidText(*id) == idText ? agent(*id) : nullptr;
 }
 
 std::vector<AgentProfile> AgentTeamManager::activeAgents() const {

@@ -2,6 +2,7 @@
 
 #include "AI/OllamaClient.h"
 #include "Data/AppSettings.h"
+#include "Data/DataStore.h"
 #include "Expression/ExpressionMemoryStore.h"
 #include "Foundation/MVPLog.h"
 #include "Platform/RunLoop.h"
@@ -38,7 +39,8 @@ AppDelegate::AppDelegate(const Desktop& desktop, const Shared& shared)
       validator_(desktop.accessibility, desktop.workspace, shared.settings),
       expressions_(shared.client),
       actions_({desktop.runLoop, desktop.accessibility, shared.settings, engine_, debugPanel_, writeback_,
-                validator_, expressions_, shared.expressionMemory}),
+                validator_, expressions_, shared.expressionMemory, shared.behaviors, shared.client,
+                shared.tasks}),
       translation_(engine_, locator_, reader_, actions_),
       gates_(shared.settings, appPolicy_),
       quitShortcut_(desktop.keyEventTaps, desktop.runLoop, desktop.processControl) {
@@ -47,6 +49,7 @@ AppDelegate::AppDelegate(const Desktop& desktop, const Shared& shared)
 AppDelegate::~AppDelegate() = default;
 
 void AppDelegate::applicationDidFinishLaunching() {
+    shared_.data.clipboard.startMonitoring();
     MVPLog::write("MVP App launched");
     permissions_.logAll();
     permissions_.promptAccessibilityIfNeeded();

@@ -23,8 +23,11 @@
 namespace veltrin {
 
 class AppSettings;
+struct DataStore;
 class ExpressionMemoryStore;
+class ModelTasks;
 class OllamaClient;
+class UserBehaviorTracker;
 
 /// The spine of the process: owns the long-lived objects, turns the engine's raw callbacks into actions, and
 /// brings the process up and down in order. The work of each interaction is done by an object of its own.
@@ -37,6 +40,9 @@ public:
         NotificationCenter& notifications;
         OllamaClient& client;
         ExpressionMemoryStore& expressionMemory;
+        UserBehaviorTracker& behaviors;
+        DataStore& data;
+        ModelTasks& tasks;
     };
 
     AppDelegate(const Desktop& desktop, const Shared& shared);

@@ -2,13 +2,16 @@
 
 #include "AI/AgentTeamManager.h"
 #include "AI/OllamaClient.h"
+#include "AI/TaskMaterial.h"
 #include "App/AppDelegate.h"
 #include "Data/AppSettings.h"
 #include "Data/DataDirectory.h"
+#include "Data/DataStore.h"
 #include "Expression/ExpressionMemoryStore.h"
 #include "Foundation/MVPLog.h"
 #include "Platform/Linux/AtSpi/AtSpiAccessibility.h"
 #include "Platform/Linux/DesktopEntries.h"
+#include "Platform/Linux/FieldInspector.h"
 #include "Platform/Linux/FilePreferences.h"
 #include "Platform/Linux/LinuxProcessControl.h"
 #include "Platform/Linux/LinuxSystemEnvironment.h"
@@ -22,6 +25,8 @@
 #include "Platform/Linux/X11/X11Windows.h"
 #include "Platform/Linux/X11/X11Workspace.h"
 #include "Platform/Linux/X11TopLevelWindows.h"
+#include "Session/UserBehaviorTracker.h"
+#include "Session/WorkSessionManager.h"
 #include "UI/Overlays/QuickFloatingPanels.h"
 
 #include <QGuiApplication>
@@ -37,31 +42,6 @@ QString preferencesPath() {
     return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
            QStringLiteral("/Veltrin/preferences.json");
 }
-
-/// The accessibility adapter's answer in the key poster's words.
-class Inspector final : public PostTargetInspector {
-public:
-    explicit Inspector(AtSpiAccessibility& accessibility) : accessibility_(accessibility) {}
-
-    PostTargetState inspect(const AXElementRef& element) override {
-        const ElementState state = accessibility_.inspect(element);
-        return {state.isAnswered, state.isEditable, state.isPassword,
-                state.isAnswered && !state.isFocused && isFocusElsewhere(element)};
-    }
-
-private:
-    /// Asked only of a field that does not call itself focused: not all do that are.
-    bool isFocusElsewhere(const AXElementRef& element) {
-        const auto process = element->processIdentifier();
-        if (!process) return false;
-        const auto focused = accessibility_.copyAttributeValue(accessibility_.applicationElement(*process),
-                                                               AXAttribute::focusedUIElement);
-        const auto* other = std::get_if<AXElementRef>(&focused.value);
-        return focused.ok() && other && *other && !(*other)->isEqual(*element);
-    }
-
-    AtSpiAccessibility& accessibility_;
-};
 
 }  // namespace
 
@@ -89,8 +69,10 @@ struct CompositionRoot::Objects {
     X11KeyEventTaps keyEventTaps{runLoop};
     X11TopLevelWindows topLevelWindows;
     AtSpiAccessibility accessibility{&topLevelWindows};
-    Inspector inspector{accessibility};
-    X11KeyPoster keyPoster{windows, {[this] { keyEventTaps.letGo(letGoLimit); }, &inspector}};
+    FieldInspector inspector{accessibility};
+    X11KeyPoster keyPoster{windows,
+                           {[this] { keyEventTaps.letGo(letGoLimit); }, &inspector,
+                            [this](quint64 window) { pasteboard.pastePosted(window); }}};
     FilePreferences preferences{preferencesPath()};
     QtHttpClient httpClient;
     LinuxSystemEnvironment environment;
@@ -101,10 +83,14 @@ struct CompositionRoot::Objects {
     OllamaClient client{httpClient, settings};
     AgentTeamManager agents{appSupportDir(environment), preferences, runLoop};
     ExpressionMemoryStore expressionMemory{preferences};
+    DataStore data{appSupportDir(environment), runLoop, pasteboard, workspace, preferences};
+    ModelTasks tasks{client, settings, runLoop, taskMaterial(agents, data.dictionary, data.history)};
+    WorkSessionManager workSession{runLoop, preferences, workspace, notifications};
+    UserBehaviorTracker behaviors{appSupportDir(environment), runLoop};
     AppDelegate delegate{
         Desktop{runLoop, keyEventTaps, keyPoster, accessibility, pasteboard, workspace, screens, preferences,
                 httpClient, floatingPanels, processControl, environment},
-        AppDelegate::Shared{settings, notifications, client, expressionMemory}};
+        AppDelegate::Shared{settings, notifications, client, expressionMemory, behaviors, data, tasks}};
 
     bool usesDarkPopups() const {
         switch (settings.popupAppearance()) {

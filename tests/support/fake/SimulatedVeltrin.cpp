@@ -1,9 +1,13 @@
 #include "support/fake/SimulatedVeltrin.h"
 
+#include "AI/TaskMaterial.h"
+
 namespace veltrin {
 namespace {
 
 constexpr double idleStep = 0.1;
+/// The look at the clipboard.
+constexpr std::size_t standingTimers = 1;
 /// Longer than the double tap's longest idle guard.
 constexpr double pauseBeforeTaps = 2.1;
 
@@ -29,8 +33,16 @@ AppSettings& SimulatedVeltrin::settings() {
 
 void SimulatedVeltrin::launch() {
     client_.emplace(model, settings());
+    // In a folder that cannot be, so that the stores work from memory: the disk would dominate a simulation's
+    // time.
+    const QString folder = QStringLiteral("/dev/null/Veltrin");
+    data_.emplace(folder, desktop.runLoop, desktop.pasteboard, desktop.workspace, desktop.preferences);
+    agents_.emplace(folder, desktop.preferences, desktop.runLoop);
+    tasks_.emplace(*client_, settings(), desktop.runLoop,
+                   taskMaterial(*agents_, data_->dictionary, data_->history));
     delegate_ = std::make_unique<AppDelegate>(
-        desktop.desktop(), AppDelegate::Shared{settings(), notifications, *client_, expressionMemory_});
+        desktop.desktop(), AppDelegate::Shared{settings(), notifications, *client_, expressionMemory_,
+                                               behaviors_, *data_, *tasks_});
     delegate_->applicationDidFinishLaunching();
     desktop.runLoop.runDue();
 }
@@ -51,7 +63,7 @@ void SimulatedVeltrin::pressTranslateShortcut() {
 }
 
 bool SimulatedVeltrin::isIdle() const {
-    return model.pending() == 0 && desktop.runLoop.pendingTimers() == 0 &&
+    return model.pending() == 0 && desktop.runLoop.pendingTimers() == (data_ ? standingTimers : 0) &&
            desktop.floatingPanels.openCount() == 0 &&
            (!delegate_ || delegate_->engine().eventTapSuspendCount() == 0);
 }

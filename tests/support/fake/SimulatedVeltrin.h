@@ -1,9 +1,13 @@
 #pragma once
 
+#include "AI/AgentTeamManager.h"
+#include "AI/ModelTasks.h"
 #include "AI/OllamaClient.h"
 #include "App/AppDelegate.h"
 #include "Data/AppSettings.h"
+#include "Data/DataStore.h"
 #include "Expression/ExpressionMemoryStore.h"
+#include "Session/UserBehaviorTracker.h"
 #include "support/fake/FakeDesktop.h"
 #include "support/fake/SimulatedModel.h"
 
@@ -33,11 +37,20 @@ public:
     /// The orderly end, as at a quit or a SIGTERM.
     void quit();
     /// The process is gone without a word.
-    void destroy() { delegate_.reset(); }
+    void destroy() {
+        delegate_.reset();
+        tasks_.reset();
+        agents_.reset();
+        data_.reset();
+    }
 
     AppDelegate& delegate() { return *delegate_; }
     AppSettings& settings();
     ExpressionMemoryStore& expressionMemory() { return expressionMemory_; }
+    UserBehaviorTracker& behaviors() { return behaviors_; }
+    DataStore& data() { return *data_; }
+    AgentTeamManager& agents() { return *agents_; }
+    ModelTasks& tasks() { return *tasks_; }
 
     void type(const QString& text) { desktop.keyboard.type(text); }
     /// Three taps of the space bar after a pause that lets them count.
@@ -45,7 +58,8 @@ public:
     /// The stored shortcut of the translation, `translateKey` with Option unless a test stores another.
     void pressTranslateShortcut();
 
-    /// Nothing is under way: no request, timer, panel or suspension.
+    /// Nothing is under way: no request, timer, panel or suspension. What runs for the whole of a run, as the
+    /// look at the clipboard, does not count.
     bool isIdle() const;
     /// Lets time pass until that is so; false when it is not after `limit` seconds.
     bool runUntilIdle(double limit = 120);
@@ -60,6 +74,11 @@ private:
     std::optional<AppSettings> settings_;
     std::optional<OllamaClient> client_;
     ExpressionMemoryStore expressionMemory_{desktop.preferences};
+    /// In a folder that cannot be, so that it works from memory: the disk would dominate a simulation's time.
+    UserBehaviorTracker behaviors_{QStringLiteral("/dev/null/Veltrin"), desktop.runLoop};
+    std::optional<DataStore> data_;
+    std::optional<AgentTeamManager> agents_;
+    std::optional<ModelTasks> tasks_;
     std::unique_ptr<AppDelegate> delegate_;
 };
 

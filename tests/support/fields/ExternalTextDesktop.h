@@ -5,9 +5,9 @@
 #include "ExternalAccess/ExternalTextWriteback.h"
 #include "Platform/Linux/AtSpi/AtSpiAccessibility.h"
 #include "Platform/Linux/DesktopEntries.h"
+#include "Platform/Linux/FieldInspector.h"
 #include "Platform/Linux/FilePreferences.h"
 #include "Platform/Linux/QtRunLoop.h"
-#include "Platform/Linux/X11/PostTargetInspector.h"
 #include "Platform/Linux/X11/X11KeyPoster.h"
 #include "Platform/Linux/X11/X11Pasteboard.h"
 #include "Platform/Linux/X11/X11Screens.h"
@@ -34,23 +34,12 @@ public:
     AtSpiAccessibility accessibility;
 
 private:
-    class Inspector final : public PostTargetInspector {
-    public:
-        explicit Inspector(AtSpiAccessibility& accessibility) : accessibility_(accessibility) {}
-        PostTargetState inspect(const AXElementRef& element) override {
-            const ElementState state = accessibility_.inspect(element);
-            return {state.isAnswered, state.isEditable, state.isPassword};
-        }
-
-    private:
-        AtSpiAccessibility& accessibility_;
-    };
     /// Posts nothing, so that writing goes its second way.
     class RefusingPoster final : public KeyPoster {
     public:
         PostResult post(const KeyPost&) override { return {false, QStringLiteral("refused by the test")}; }
     };
-    Inspector inspector_;
+    FieldInspector inspector_;
 
 public:
     X11KeyPoster poster;

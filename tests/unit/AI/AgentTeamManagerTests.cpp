@@ -291,6 +291,29 @@ TEST(AgentTeamManager, listsAssignedAgentsWithRepeatsAndWithoutStrangers) {
     EXPECT_EQ(world.manager().assignedAgents(u"older"_s).size(), 2U);
 }
 
+TEST(AgentTeamManager, saysTheContractsOfTheTableAsItStandsWithoutARepair) {
+    AgentWorld world;
+    world.manager().assignAgent(QUuid::createUuid(), u"translation"_s, 0);
+    const QByteArray stored = world.storedAssignments();
+    const QString contract = world.manager().runtimeContractPromptFor(u"translation"_s, std::nullopt);
+    EXPECT_EQ(contract, world.manager().runtimeContractPromptFor(u"older"_s, std::nullopt))
+        << "nobody is assigned, so the active agents speak";
+    EXPECT_EQ(world.storedAssignments(), stored);
+    world.manager().runtimeContractPromptFor(u"translation"_s, 0);
+    EXPECT_NE(world.storedAssignments(), stored) << "a slot is repaired before it is read";
+}
+
+TEST(AgentTeamManager, knowsAnAgentByTheWrittenFormOfItsIdentifierOnly) {
+    AgentWorld world;
+    const QUuid id = world.idOf(u"创意写作"_s);
+    world.manager().assignAgent(id, u"voice"_s, 0);
+    world.restart();
+    QByteArray table = world.storedAssignments();
+    table.replace(uuidText(id).toUtf8(), uuidText(id).toLower().toUtf8());
+    world.preferences.values[AgentWorld::assignmentsKey] = table;
+    EXPECT_EQ(world.slotNames(u"voice"_s), QStringList{u"产品思维"_s});
+}
+
 TEST(AgentTeamManager, survivesAnObserverThatReadsTheSlots) {
     AgentWorld world;
     QStringList seen;
