@@ -77,7 +77,9 @@ struct CompositionRoot::Objects {
     X11TopLevelWindows topLevelWindows;
     AtSpiAccessibility accessibility{&topLevelWindows};
     Inspector inspector{accessibility};
-    X11KeyPoster keyPoster{windows, {[this] { keyEventTaps.letGo(letGoLimit); }, &inspector}};
+    X11KeyPoster keyPoster{windows,
+                           {[this] { keyEventTaps.letGo(letGoLimit); }, &inspector,
+                            [this](quint64 window) { pasteboard.pastePosted(window); }}};
     FilePreferences preferences{preferencesPath()};
     QtHttpClient httpClient;
     LinuxSystemEnvironment environment;

@@ -22,3 +22,5 @@ veltrin_fuzz_target(answers ModelAnswerFuzz.cpp)
 veltrin_fuzz_target(memory ExpressionMemoryFuzz.cpp)
 veltrin_fuzz_target(characters CharactersFuzz.cpp)
 veltrin_fuzz_target(context ExternalTextContextFuzz.cpp)
+# Arithmetic on texts and offsets of foreign applications; no bus in it.
+veltrin_fuzz_target(offsets TextOffsetsFuzz.cpp ${CMAKE_SOURCE_DIR}/src/Platform/Linux/AtSpi/TextOffsets.cpp)

@@ -47,6 +47,7 @@ PostResult FakeKeyPoster::post(const KeyPost& chord) {
     if (record.result.posted) {
         FakeApplication& front = *workspace_.front();
         record.receiver = front.pid;
+        if (onPosted) onPosted(record);
         FakeKeyStroke stroke;
         stroke.posted = true;
         stroke.event.keyCode = chord.keyCode;

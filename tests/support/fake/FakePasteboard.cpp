@@ -18,6 +18,14 @@ void FakePasteboard::take(Offer offer, const char* what) {
     if (history_.size() > historyLimit) history_.pop_front();
 }
 
+qint64 FakePasteboard::changeCountAt(quint64 timestamp) const {
+    const double keyTime = static_cast<double>(timestamp) * 1e-9 - keyTimeStep;
+    qint64 count = changeCount_;
+    for (auto past = history_.rbegin(); past != history_.rend() && past->since >= keyTime; ++past)
+        --count;
+    return count;
+}
+
 bool FakePasteboard::ownerAnswers() const {
     const Offer& offer = history_.back();
     if (offer.owner != Owner::application) return true;
@@ -35,6 +43,7 @@ PasteboardString FakePasteboard::string() const {
 }
 
 void FakePasteboard::clearContents() {
+    if (refusesToBeCleared) return;
     Offer offer;
     offer.owner = Owner::program;
     take(std::move(offer), "pasteboard cleared");
