@@ -1,5 +1,6 @@
 #pragma once
 
+#include "AI/CommandRecommendation.h"
 #include "Expression/ExpressionIntentEngine.h"
 #include "Foundation/Error.h"
 
@@ -90,15 +91,6 @@ struct ExternalAIActionOutput {
 struct ExternalAIActionRunner {
     std::function<QCoro::Task<QString>(QString)> translateHandler;
     std::function<QCoro::Task<QString>(QString, ExternalOptimizeMode)> optimizeHandler;
-};
-
-/// A command that fits what the user is doing.
-struct CommandRecommendation {
-    QString command;
-    QString category;
-    QString explanation;
-    QString confidence;  ///< "high" or "medium"; anything else is possible
-    friend bool operator==(const CommandRecommendation&, const CommandRecommendation&) = default;
 };
 
 }  // namespace veltrin

@@ -1,17 +1,61 @@
 #include "Foundation/Json.h"
 
+#include <QHash>
+#include <QLocale>
+
 #include <nlohmann/json.hpp>
 
+#include <cmath>
 #include <limits>
 
 namespace veltrin {
 namespace {
 
 constexpr int maximumDepth = 512;
+constexpr std::size_t maximumElementValues = 1'000'000;
+
+/// Leaves one member of each name: the last value, at the first one's place. Members are appended while an
+/// object is read, and looked over once when it ends, so that an object of very many stays cheap.
+void dropRepeatedMembers(Json::Object& members) {
+    QHash<QStringView, std::size_t> places;
+    places.reserve(static_cast<qsizetype>(members.size()));
+    std::vector<std::pair<std::size_t, std::size_t>> repeats;  // from, to
+    for (std::size_t i = 0; i < members.size(); ++i) {
+        const auto place = places.constFind(members[i].first);
+        if (place == places.constEnd()) {
+            places.insert(members[i].first, i);
+        } else {
+            repeats.emplace_back(i, *place);
+        }
+    }
+    if (repeats.empty()) return;
+    std::vector<bool> dropped(members.size(), false);
+    for (const auto& [from, to] : repeats) {
+        members[to].second = std::move(members[from].second);
+        dropped[from] = true;
+    }
+    std::size_t index = 0;
+    std::erase_if(members, [&](const Json::Member&) { return dropped[index++]; });
+}
+
+bool hasRepeatedMembers(const Json::Object& members) {
+    constexpr std::size_t few = 24;
+    if (members.size() > few) return true;  // looked at more closely by who drops them
+    for (std::size_t i = 1; i < members.size(); ++i) {
+        for (std::size_t j = 0; j < i; ++j) {
+            if (members[i].first == members[j].first) return true;
+        }
+    }
+    return false;
+}
 
 /// Builds a Json value from the parser's events; refuses texts that nest too deep to be walked safely.
 class Builder : public nlohmann::json_sax<nlohmann::ordered_json> {
 public:
+    Builder() = default;
+    /// Hands the elements of the outermost array to `take` instead of keeping them.
+    explicit Builder(const std::function<bool(const Json&)>& take) : take_(&take) {}
+
     bool null() override { return put({}); }
     bool boolean(bool value) override { return put(value); }
     bool number_integer(number_integer_t value) override { return put(std::int64_t{value}); }
@@ -43,13 +87,21 @@ private:
     bool put(Json value) {
         if (open_.empty()) {
             root_ = std::move(value);
-        } else if (open_.back().isArray()) {
-            open_.back().append(std::move(value));
+        } else if (Json::Array* array = open_.back().array()) {
+            if (take_ != nullptr && open_.size() == 1) return hand(value);
+            if (isTooLarge()) return false;
+            array->push_back(std::move(value));
         } else {
-            open_.back().set(keys_.back(), std::move(value));
+            if (isTooLarge()) return false;
+            open_.back().object()->emplace_back(std::move(keys_.back()), std::move(value));
         }
         return true;
     }
+    bool hand(const Json& element) {
+        values_ = 0;
+        return (*take_)(element);
+    }
+    bool isTooLarge() { return take_ != nullptr && ++values_ > maximumElementValues; }
     bool open(Json value) {
         if (open_.size() >= maximumDepth) {
             error_ = "JSON nested deeper than " + QByteArray::number(maximumDepth) + " levels";
@@ -63,12 +115,16 @@ private:
         Json value = std::move(open_.back());
         open_.pop_back();
         keys_.pop_back();
+        if (Json::Object* members = value.object(); members != nullptr && hasRepeatedMembers(*members))
+            dropRepeatedMembers(*members);
         return put(std::move(value));
     }
 
     Json root_;
     std::vector<Json> open_;
     std::vector<QString> keys_;
+    const std::function<bool(const Json&)>* take_ = nullptr;
+    std::size_t values_ = 0;  ///< inside the element that is being read
     QByteArray error_ = "JSON could not be read";
 };
 
@@ -92,6 +148,107 @@ nlohmann::ordered_json toLibrary(const Json& value) {
     return nullptr;
 }
 
+QString withoutLoneSurrogates(QString text) {
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        if (text[i].isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate()) {
+            ++i;
+        } else if (text[i].isSurrogate()) {
+            text[i] = QChar::ReplacementCharacter;
+        }
+    }
+    return text;
+}
+
+/// Writes the form of `prettyPrinted`.
+class PrettyPrinter {
+public:
+    void write(const Json& value, int depth) {
+        if (const auto* array = value.array()) {
+            writeAll(*array, '[', ']', depth, [&](const Json& element) { write(element, depth + 1); });
+        } else if (const auto* object = value.object()) {
+            writeAll(*object, '{', '}', depth, [&](const Json::Member& member) {
+                writeText(member.first);
+                out_ += " : ";
+                write(member.second, depth + 1);
+            });
+        } else if (const auto text = value.toString()) {
+            writeText(*text);
+        } else if (const auto flag = value.toBool()) {
+            out_ += *flag ? "true" : "false";
+        } else if (const auto whole = value.toInteger()) {
+            out_ += QByteArray::number(static_cast<qlonglong>(*whole));
+        } else if (const auto real = value.toDouble(); real && std::isfinite(*real)) {
+            out_ += QByteArray::number(*real, 'g', QLocale::FloatingPointShortest);
+        } else {
+            out_ += "null";
+        }
+    }
+    QByteArray take() { return std::move(out_); }
+
+private:
+    template <typename Sequence, typename Write>
+    void writeAll(const Sequence& sequence, char opening, char closing, int depth, const Write& writeOne) {
+        out_ += opening;
+        bool first = true;
+        for (const auto& each : sequence) {
+            if (!std::exchange(first, false)) out_ += ',';
+            startLine(depth + 1);
+            writeOne(each);
+        }
+        if (first) out_ += '\n';  // an empty one has an empty line inside
+        startLine(depth);
+        out_ += closing;
+    }
+    void startLine(int depth) {
+        out_ += '\n';
+        out_.append(2 * depth, ' ');
+    }
+    void writeText(const QString& text) {
+        out_ += '"';
+        const QByteArray utf8 = (text.isValidUtf16() ? text : withoutLoneSurrogates(text)).toUtf8();
+        const char* from = utf8.cbegin();
+        for (const char* at = from; at != utf8.cend(); ++at) {
+            const auto byte = static_cast<unsigned char>(*at);
+            if (byte >= 0x20 && byte != '"' && byte != '\\' && byte != '/') continue;
+            out_.append(from, at - from);
+            writeEscaped(*at);
+            from = at + 1;
+        }
+        out_.append(from, utf8.cend() - from);
+        out_ += '"';
+    }
+    void writeEscaped(char c) {
+        switch (c) {
+            case '\b':
+                out_ += "\\b";
+                return;
+            case '\t':
+                out_ += "\\t";
+                return;
+            case '\n':
+                out_ += "\\n";
+                return;
+            case '\f':
+                out_ += "\\f";
+                return;
+            case '\r':
+                out_ += "\\r";
+                return;
+            case '"':
+            case '\\':
+            case '/':
+                out_ += '\\';
+                out_ += c;
+                return;
+            default:
+                out_ += "\\u00";
+                out_ += QByteArray(1, c).toHex();
+        }
+    }
+
+    QByteArray out_;
+};
+
 }  // namespace
 
 Json Json::parse(const QByteArray& utf8) {
@@ -107,6 +264,17 @@ std::optional<Json> Json::tryParse(const QByteArray& utf8) {
     } catch (const ParseError&) {
         return std::nullopt;
     }
+}
+
+bool Json::parseElements(const QByteArray& utf8, const std::function<bool(const Json&)>& take) {
+    Builder builder(take);
+    return nlohmann::ordered_json::sax_parse(utf8.begin(), utf8.end(), &builder) && builder.take().isArray();
+}
+
+QByteArray Json::prettyPrinted() const {
+    PrettyPrinter printer;
+    printer.write(*this, 0);
+    return printer.take();
 }
 
 QByteArray Json::serialized(int indent) const {

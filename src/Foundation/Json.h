@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <exception>
+#include <functional>
 #include <optional>
 #include <utility>
 #include <variant>
@@ -42,14 +43,24 @@ public:
     Json(Array value) : value_(std::move(value)) {}
     Json(Object value) : value_(std::move(value)) {}
 
-    /// Parses UTF-8 text (RFC 8259, at most 512 levels deep). Throws ParseError, also on invalid UTF-8.
+    /// Parses UTF-8 text (RFC 8259, at most 512 levels deep). Throws ParseError, also on invalid UTF-8. Of a
+    /// member that an object names twice the last value stays, at the place of the first.
     static Json parse(const QByteArray& utf8);
     /// The same, with nothing instead of an exception.
     static std::optional<Json> tryParse(const QByteArray& utf8);
 
+    /// Parses a text that is one array and hands over its elements one by one, so that a long text never
+    /// stands in memory as values. False when the text is no array, when an element holds more than a million
+    /// values, or when `take` answered false, which ends the parsing. Never throws of itself.
+    static bool parseElements(const QByteArray& utf8, const std::function<bool(const Json&)>& take);
+
     /// Compact UTF-8 text, or indented by `indent` blanks a level when that is 0 or more. Lone surrogates
     /// become U+FFFD.
     QByteArray serialized(int indent = -1) const;
+    /// The form of the files that a user may look into: two blanks a level, a blank on both sides of the
+    /// colon, slashes escaped, a whole real number without a fraction. Lone surrogates become U+FFFD, a
+    /// number that is not finite null.
+    QByteArray prettyPrinted() const;
 
     bool isNull() const { return std::holds_alternative<std::monostate>(value_); }
     bool isObject() const { return std::holds_alternative<Object>(value_); }
@@ -72,8 +83,7 @@ public:
     Array* array() { return std::get_if<Array>(&value_); }
     Object* object() { return std::get_if<Object>(&value_); }
 
-    /// The member of that name (the last one when a text names it twice), or null: also when this is no
-    /// object.
+    /// The member of that name, or null: also when this is no object.
     const Json* find(QStringView key) const;
     /// Sets a member, in place when it exists, else at the end. A value that is no object becomes one first.
     void set(const QString& key, Json value);

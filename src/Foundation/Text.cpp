@@ -53,4 +53,27 @@ bool containsAny(const QString& text, std::span<const char16_t* const> words,
                        [&](const char16_t* word) { return text.contains(QStringView(word), sensitivity); });
 }
 
+QString filled(const QString& form, std::initializer_list<std::pair<QString, QString>> values) {
+    const QString open = QStringLiteral("{{");
+    const QString close = QStringLiteral("}}");
+    QString result;
+    qsizetype at = 0;
+    for (;;) {
+        const qsizetype start = form.indexOf(open, at);
+        const qsizetype end = start < 0 ? -1 : form.indexOf(close, start);
+        if (end < 0) return result + form.mid(at);
+        const QStringView name = QStringView(form).mid(start + 2, end - start - 2);
+        const auto value = std::find_if(values.begin(), values.end(),
+                                        [name](const auto& each) { return each.first == name; });
+        result += QStringView(form).mid(at, start - at);
+        if (value == values.end()) {
+            result += open;
+            at = start + 2;
+        } else {
+            result += value->second;
+            at = end + 2;
+        }
+    }
+}
+
 }  // namespace veltrin::Text

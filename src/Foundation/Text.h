@@ -4,6 +4,7 @@
 
 #include <initializer_list>
 #include <span>
+#include <utility>
 
 /// Small text rules that several rooms share.
 namespace veltrin::Text {
@@ -42,5 +43,9 @@ QString elided(const QString& text, qsizetype characters);
 /// True when `text` contains any of `words`, compared as they stand.
 bool containsAny(const QString& text, std::span<const char16_t* const> words,
                  Qt::CaseSensitivity sensitivity = Qt::CaseSensitive);
+
+/// `form` with every "{{name}}" replaced by the value of that name. Values are put in as they are: what looks
+/// like a place in a value stays as it stands, and so does a place without a value.
+QString filled(const QString& form, std::initializer_list<std::pair<QString, QString>> values);
 
 }  // namespace veltrin::Text

@@ -19,6 +19,7 @@ veltrin_fuzz_target(json JsonFuzz.cpp)
 # A decoder without a desktop, so it is compiled in alone.
 veltrin_fuzz_target(preferences PreferencesFuzz.cpp ${CMAKE_SOURCE_DIR}/src/Platform/Linux/PreferencesDocument.cpp)
 veltrin_fuzz_target(answers ModelAnswerFuzz.cpp)
+veltrin_fuzz_target(recommendations CommandRecommendationFuzz.cpp)
 veltrin_fuzz_target(memory ExpressionMemoryFuzz.cpp)
 veltrin_fuzz_target(characters CharactersFuzz.cpp)
 veltrin_fuzz_target(context ExternalTextContextFuzz.cpp)

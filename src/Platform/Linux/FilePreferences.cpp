@@ -1,15 +1,12 @@
 #include "Platform/Linux/FilePreferences.h"
 
+#include "Foundation/Files.h"
 #include "Foundation/MVPLog.h"
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -18,23 +15,10 @@ namespace veltrin {
 namespace {
 
 constexpr qint64 maximumSize = 16 * 1024 * 1024;
-constexpr int maximumLinks = 40;
 constexpr int maximumKeptAside = 9;
 
 QString systemReason() {
     return qt_error_string(errno);
-}
-
-/// The file that a chain of links ends at, which need not exist. Links are followed as users of shared
-/// dotfiles expect; the folder is the user's own, so nobody else can have put one there.
-QString followed(const QString& path) {
-    QString at = path;
-    for (int links = 0; links < maximumLinks; ++links) {
-        struct stat info {};
-        if (lstat(QFile::encodeName(at).constData(), &info) != 0 || !S_ISLNK(info.st_mode)) return at;
-        at = QFileInfo(at).symLinkTarget();
-    }
-    return path;
 }
 
 enum class Kind { absent, file, other };
@@ -46,30 +30,6 @@ Kind kindOf(const QString& path) {
     return S_ISREG(info.st_mode) ? Kind::file : Kind::other;
 }
 
-/// The bytes of a regular file of at most `maximumSize`; nothing when they could not be had.
-std::optional<QByteArray> contents(const QString& path) {
-    const int descriptor =
-        open(QFile::encodeName(path).constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
-    if (descriptor < 0) return std::nullopt;
-    QFile file;
-    if (!file.open(descriptor, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle)) {
-        close(descriptor);
-        return std::nullopt;
-    }
-    if (file.size() > maximumSize) return std::nullopt;
-    QByteArray bytes = file.read(maximumSize);
-    if (file.error() != QFileDevice::NoError) return std::nullopt;
-    return bytes;
-}
-
-/// Makes the folder, and those above it, readable for nobody else; one that exists is left as it is.
-bool makePrivateFolder(const QString& path) {
-    if (QFileInfo(path).isDir()) return true;
-    const QString above = QFileInfo(path).path();
-    if (above != path && !makePrivateFolder(above)) return false;
-    return mkdir(QFile::encodeName(path).constData(), 0700) == 0 || errno == EEXIST;
-}
-
 }  // namespace
 
 FilePreferences::FilePreferences(QString path) : path_(std::move(path)) {
@@ -77,7 +37,7 @@ FilePreferences::FilePreferences(QString path) : path_(std::move(path)) {
 }
 
 void FilePreferences::load() {
-    const QString file = followed(path_);
+    const QString file = Files::followed(path_);
     switch (kindOf(file)) {
         case Kind::absent:
             return;
@@ -87,8 +47,9 @@ void FilePreferences::load() {
         case Kind::file:
             break;
     }
-    if (const auto bytes = contents(file)) {
-        if (auto document = PreferencesDocument::decode(*bytes)) {
+    const Files::Contents contents = Files::read(file, maximumSize);
+    if (contents.state == Files::Contents::State::read) {
+        if (auto document = PreferencesDocument::decode(contents.bytes)) {
             document_ = std::move(*document);
             return;
         }
@@ -98,7 +59,7 @@ void FilePreferences::load() {
 }
 
 bool FilePreferences::keepAside() {
-    const QString file = followed(path_);
+    const QString file = Files::followed(path_);
     QString aside = file + QStringLiteral(".unreadable");
     // An earlier copy may be the one that holds the user's settings, so it is not replaced by a later one.
     for (int copy = 2; copy <= maximumKeptAside && kindOf(aside) != Kind::absent; ++copy)
@@ -134,16 +95,11 @@ void FilePreferences::write() {
 }
 
 QString FilePreferences::writeFile() {
-    const QString path = followed(path_);
-    if (!makePrivateFolder(QFileInfo(path).path())) return systemReason();
+    const QString path = Files::followed(path_);
+    if (!Files::makePrivateFolder(QFileInfo(path).path())) return systemReason();
     if (kindOf(path) == Kind::other) return QStringLiteral("not a file");
     if (mustKeepAside_ && !keepAside()) return systemReason();
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly)) return file.errorString();
-    file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
-    const QByteArray bytes = document_.encode();
-    if (file.write(bytes) != bytes.size() || !file.commit()) return file.errorString();
-    return {};
+    return Files::replace(path, document_.encode());
 }
 
 }  // namespace veltrin

@@ -6,6 +6,7 @@
 #include <QDBusPendingReply>
 #include <QDBusVariant>
 #include <QLocale>
+#include <QStandardPaths>
 
 namespace veltrin {
 namespace {
@@ -45,6 +46,10 @@ QStringList LinuxSystemEnvironment::preferredLanguages() const {
     QStringList languages = QLocale::system().uiLanguages();
     languages.removeAll(QStringLiteral("C"));
     return languages;
+}
+
+QString LinuxSystemEnvironment::applicationSupportDirectory() const {
+    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
 }
 
 void LinuxSystemEnvironment::onSettingChanged(const QString& changedGroup, const QString& key,

@@ -19,6 +19,7 @@ public:
 
     QStringList preferredLanguages() const override;
     bool effectiveAppearanceIsDark() const override { return dark_; }
+    QString applicationSupportDirectory() const override;
 
 private Q_SLOTS:
     void onSettingChanged(const QString& group, const QString& key, const QDBusVariant& value);

@@ -8,9 +8,11 @@ class FakeSystemEnvironment : public SystemEnvironment {
 public:
     QStringList preferredLanguages() const override { return languages; }
     bool effectiveAppearanceIsDark() const override { return dark; }
+    QString applicationSupportDirectory() const override { return supportDirectory; }
 
     QStringList languages;
     bool dark = false;
+    QString supportDirectory;  ///< none unless a test has made one
 };
 
 }  // namespace veltrin

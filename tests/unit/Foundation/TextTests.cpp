@@ -7,6 +7,8 @@
 namespace veltrin {
 namespace {
 
+using namespace Qt::StringLiterals;
+
 const QString family = QStringLiteral("👨‍👩‍👧‍👦");
 
 TEST(Characters, countsGraphemeClustersNotUnits) {
@@ -62,6 +64,23 @@ TEST(Json, setReplacesInPlaceAndFindTakesTheNamedMember) {
     EXPECT_EQ(object.serialized(), QByteArray(R"({"x":"z","y":2.5})"));
     EXPECT_EQ(object.find(u"y")->toDouble(), 2.5);
     EXPECT_EQ(object.find(u"q"), nullptr);
+}
+
+TEST(Text, putsEachValueInItsPlace) {
+    EXPECT_EQ(Text::filled(u"甲 {{a}}，乙 {{b}}，甲 {{a}}。"_s, {{u"a"_s, u"1"_s}, {u"b"_s, u"2"_s}}),
+              u"甲 1，乙 2，甲 1。"_s);
+    EXPECT_EQ(Text::filled(u"{{a}}"_s, {{u"a"_s, QString()}}), QString());
+}
+
+TEST(Text, leavesWhatAValueSaysAsItStands) {
+    EXPECT_EQ(Text::filled(u"{{a}} {{b}}"_s, {{u"a"_s, u"{{b}}"_s}, {u"b"_s, u"{{a}}"_s}}), u"{{b}} {{a}}"_s);
+}
+
+TEST(Text, leavesBracesThatAreNoPlace) {
+    for (const QString& form : {u"{{"_s, u"}}{{"_s, u"{{x}}"_s, u"{\"a\":{}}"_s, QString()})
+        EXPECT_EQ(Text::filled(form, {{u"a"_s, u"1"_s}}), form);
+    EXPECT_EQ(Text::filled(u"{{x {{a}} y"_s, {{u"a"_s, u"1"_s}}), u"{{x 1 y"_s);
+    EXPECT_EQ(Text::filled(u"{{{a}}}"_s, {{u"a"_s, u"1"_s}}), u"{{{a}}}"_s);
 }
 
 }  // namespace

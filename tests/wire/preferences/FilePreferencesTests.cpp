@@ -1,4 +1,5 @@
 #include "Platform/Linux/FilePreferences.h"
+#include "support/FullDisk.h"
 #include "support/fake/LogCapture.h"
 
 #include <QDir>
@@ -7,11 +8,8 @@
 #include <QFileInfo>
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <csignal>
 
 namespace veltrin {
 namespace {
@@ -40,27 +38,6 @@ protected:
 
     QTemporaryDir folder_;
     LogCapture log_;
-};
-
-/// Lets no file grow past `bytes` while it lives: what a full disk looks like to a writer.
-class FullDisk {
-public:
-    explicit FullDisk(rlim_t bytes) {
-        getrlimit(RLIMIT_FSIZE, &former_);
-        formerAction_ = std::signal(SIGXFSZ, SIG_IGN);
-        const rlimit limit{bytes, former_.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FullDisk() {
-        setrlimit(RLIMIT_FSIZE, &former_);
-        std::signal(SIGXFSZ, formerAction_);
-    }
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
-
-private:
-    rlimit former_{};
-    void (*formerAction_)(int) = nullptr;
 };
 
 TEST_F(FilePreferencesTest, startsEmptyWithoutAFileAndMakesNone) {
@@ -224,6 +201,17 @@ TEST_F(FilePreferencesTest, aFullDiskLeavesTheOldFileWhole) {
     EXPECT_EQ(log_.lines().size(), 1);
     preferences.set(u"small"_s, true);
     EXPECT_EQ(FilePreferences(path()).string(u"big"_s), QString(100000, u'x'));
+}
+
+TEST_F(FilePreferencesTest, aFullDiskLeavesAlsoASmallFileWhole) {
+    put(R"({"old":true})");
+    FilePreferences preferences(path());
+    {
+        const FullDisk full(8);
+        preferences.set(u"small"_s, u"fits into one buffer"_s);
+    }
+    EXPECT_EQ(bytesOf(path()), QByteArray(R"({"old":true})"));
+    EXPECT_EQ(log_.lines().size(), 1);
 }
 
 TEST_F(FilePreferencesTest, leavesAFolderInItsPlaceAlone) {
