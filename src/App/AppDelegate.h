@@ -26,6 +26,7 @@ namespace veltrin {
 class AppSettings;
 class ExpressionMemoryStore;
 class OllamaClient;
+class UserBehaviorTracker;
 
 /// The spine of the process: owns the long-lived objects, turns the engine's raw callbacks into actions, and
 /// brings the process up and down in order. The work of each interaction is done by an object of its own.
@@ -38,6 +39,7 @@ public:
         NotificationCenter& notifications;
         OllamaClient& client;
         ExpressionMemoryStore& expressionMemory;
+        UserBehaviorTracker& behaviors;
     };
 
     AppDelegate(const Desktop& desktop, const Shared& shared);

@@ -1,12 +1,15 @@
 #include "App/CompositionRoot.h"
 
+#include "AI/AgentTeamManager.h"
 #include "AI/OllamaClient.h"
 #include "App/AppDelegate.h"
 #include "Data/AppSettings.h"
+#include "Data/DataDirectory.h"
 #include "Expression/ExpressionMemoryStore.h"
 #include "Foundation/MVPLog.h"
 #include "Platform/Linux/AtSpi/AtSpiAccessibility.h"
 #include "Platform/Linux/DesktopEntries.h"
+#include "Platform/Linux/FieldInspector.h"
 #include "Platform/Linux/FilePreferences.h"
 #include "Platform/Linux/LinuxProcessControl.h"
 #include "Platform/Linux/LinuxSystemEnvironment.h"
@@ -20,6 +23,7 @@
 #include "Platform/Linux/X11/X11Windows.h"
 #include "Platform/Linux/X11/X11Workspace.h"
 #include "Platform/Linux/X11TopLevelWindows.h"
+#include "Session/UserBehaviorTracker.h"
 #include "UI/Overlays/QuickFloatingPanels.h"
 
 #include <QGuiApplication>
@@ -35,20 +39,6 @@ QString preferencesPath() {
     return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
            QStringLiteral("/Veltrin/preferences.json");
 }
-
-/// The accessibility adapter's answer in the key poster's words.
-class Inspector final : public PostTargetInspector {
-public:
-    explicit Inspector(AtSpiAccessibility& accessibility) : accessibility_(accessibility) {}
-
-    PostTargetState inspect(const AXElementRef& element) override {
-        const ElementState state = accessibility_.inspect(element);
-        return {state.isAnswered, state.isEditable, state.isPassword};
-    }
-
-private:
-    AtSpiAccessibility& accessibility_;
-};
 
 }  // namespace
 
@@ -76,7 +66,7 @@ struct CompositionRoot::Objects {
     X11KeyEventTaps keyEventTaps{runLoop};
     X11TopLevelWindows topLevelWindows;
     AtSpiAccessibility accessibility{&topLevelWindows};
-    Inspector inspector{accessibility};
+    FieldInspector inspector{accessibility};
     X11KeyPoster keyPoster{windows,
                            {[this] { keyEventTaps.letGo(letGoLimit); }, &inspector,
                             [this](quint64 window) { pasteboard.pastePosted(window); }}};
@@ -88,11 +78,13 @@ struct CompositionRoot::Objects {
     AppSettings settings{preferences, notifications, environment};
     QuickFloatingPanels floatingPanels{screens, [this] { return usesDarkPopups(); }};
     OllamaClient client{httpClient, settings};
+    AgentTeamManager agents{appSupportDir(environment), preferences, runLoop};
     ExpressionMemoryStore expressionMemory{preferences};
+    UserBehaviorTracker behaviors{appSupportDir(environment), runLoop};
     AppDelegate delegate{
         Desktop{runLoop, keyEventTaps, keyPoster, accessibility, pasteboard, workspace, screens, preferences,
                 httpClient, floatingPanels, processControl, environment},
-        AppDelegate::Shared{settings, notifications, client, expressionMemory}};
+        AppDelegate::Shared{settings, notifications, client, expressionMemory, behaviors}};
 
     bool usesDarkPopups() const {
         switch (settings.popupAppearance()) {

@@ -1,5 +1,6 @@
 #include "App/ExternalActionHandler.h"
 
+#include "AI/AdaptiveRecommender.h"
 #include "Data/AppSettings.h"
 #include "Debug/MVPDebugPanel.h"
 #include "Engines/ExpressionRunner.h"
@@ -10,9 +11,12 @@
 #include "Foundation/MVPLog.h"
 #include "Gesture/SpaceGestureEngine.h"
 #include "Platform/RunLoop.h"
+#include "Session/UserBehaviorTracker.h"
 
 namespace veltrin {
 namespace {
+
+using BehaviorType = TrackedBehavior::BehaviorType;
 
 constexpr double copiedResultSeconds = 2.4;
 
@@ -53,6 +57,10 @@ ExternalActionPipeline::Dependencies ExternalActionHandler::dependencies() {
         lifetime_.bind([this](const ExternalGestureAIAction& action, const ExternalTextReadResult& read) {
             return parts_.validator.shouldForceReplaceAll(action, read);
         });
+    to.recordSuccess =
+        lifetime_.bind([this](const ExternalGestureAIAction& action, const ExternalTextReadResult& read) {
+            recordBehavior(action, read);
+        });
     to.runExpression = [runner = parts_.expressions](ExpressionRequest request) {
         return runner.runExpression(std::move(request));
     };
@@ -65,6 +73,14 @@ ExternalActionPipeline::Dependencies ExternalActionHandler::dependencies() {
         lifetime_.bind([this] { return rawValue(parts_.settings.translationTargetLang()); });
     to.recordMemoryEvent = lifetime_.bind([this](const ExpressionResult& result, bool writebackSucceeded) {
         recordMemoryEvent(result, writebackSucceeded);
+    });
+    // The client and the tracker outlive this object, and with it every run.
+    to.recommendCommands = [client = parts_.client, &tracker = parts_.behaviors](
+                               const QString& context, const ExternalAppContext& application) {
+        return AdaptiveRecommender::recommend(context, application.appName, client, tracker);
+    };
+    to.recordCommandUsed = lifetime_.bind([this](const CommandRecommendation& shown, const QString& appName) {
+        parts_.behaviors.record(BehaviorType::commandUsed, shown.command, appName, shown.category, true);
     });
     return to;
 }
@@ -89,6 +105,23 @@ ExternalTextWritebackResult ExternalActionHandler::write(const QString& text,
     auto result = parts_.writeback.apply(text, read, forceReplaceAll);
     parts_.engine.setEventTapEnabled(true, QStringLiteral("external text writeback finished"));
     return result;
+}
+
+/// A recommendation is not recorded here: each of its rows is, when it is shown.
+void ExternalActionHandler::recordBehavior(const ExternalGestureAIAction& action,
+                                           const ExternalTextReadResult& read) {
+    using Action = ExternalGestureAIAction;
+    const auto record = [&](BehaviorType type, const QString& detail, const QString& category) {
+        parts_.behaviors.record(type, detail, read.frontmostAppName, category, true);
+    };
+    if (const auto* optimize = std::get_if<Action::Optimize>(&action.payload())) {
+        record(BehaviorType::optimizeAction, QString::number(static_cast<int>(optimize->mode)),
+               QStringLiteral("optimize"));
+    } else if (const auto* memory = std::get_if<Action::MemoryAction>(&action.payload())) {
+        record(BehaviorType::memoryAction, memory->preset.title, QStringLiteral("memory-action"));
+    } else if (action.isTranslate()) {
+        record(BehaviorType::optimizeAction, QStringLiteral("translate"), QStringLiteral("optimize"));
+    }
 }
 
 void ExternalActionHandler::recordMemoryEvent(const ExpressionResult& result, bool writebackSucceeded) {

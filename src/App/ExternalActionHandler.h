@@ -12,8 +12,10 @@ class Accessibility;
 class ExpressionMemoryStore;
 class ExpressionRunner;
 class MVPDebugPanel;
+class OllamaClient;
 class RunLoop;
 class SpaceGestureEngine;
+class UserBehaviorTracker;
 class WritebackTargetValidator;
 
 /// Runs actions on foreign text: binds the pipeline to the panels, the writeback and the expression engine of
@@ -30,6 +32,8 @@ public:
         WritebackTargetValidator& validator;
         ExpressionRunner& expressions;
         ExpressionMemoryStore& memory;
+        UserBehaviorTracker& behaviors;
+        OllamaClient& client;
     };
 
     explicit ExternalActionHandler(const Parts& parts) : parts_(parts) {}
@@ -43,6 +47,7 @@ private:
     void showCopiedFallbackResult(const QString& text, const ExternalGestureAIAction& action);
     ExternalTextWritebackResult write(const QString& text, const ExternalTextReadResult& read,
                                       bool forceReplaceAll);
+    void recordBehavior(const ExternalGestureAIAction& action, const ExternalTextReadResult& read);
     void recordMemoryEvent(const ExpressionResult& result, bool writebackSucceeded);
 
     Parts parts_;

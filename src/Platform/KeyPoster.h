@@ -32,9 +32,9 @@ struct PostResult {
 };
 
 /// Synthetic keys. A chord goes out in one piece or not at all. It is refused when its target no longer has
-/// the keyboard, does not answer, is a password field or cannot be edited (for a paste), or is a terminal
-/// that the key would harm. Modifiers that the user is holding are waited for, at most 300 ms, then lifted
-/// and not put back. No key is ever left down.
+/// the keyboard (the window, or the field in it), does not answer, is a password field or cannot be edited
+/// (for a paste), or is a terminal that the key would harm. Modifiers that the user is holding are waited
+/// for, at most 300 ms, then lifted and not put back. No key is ever left down.
 class KeyPoster {
 public:
     virtual ~KeyPoster() = default;

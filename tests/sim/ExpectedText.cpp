@@ -8,7 +8,7 @@ namespace veltrin {
 namespace {
 
 /// Results that come into one field between two looks at it; more never happen.
-constexpr std::size_t mostArrivals = 3;
+constexpr std::size_t mostArrivals = 6;
 
 void replace(ExpectedText::State& state, TextRange range, const QString& text) {
     state.text.replace(range.location, range.length, text);
@@ -24,16 +24,24 @@ std::vector<ExpectedText::State> arrivals(const ExpectedText::State& state,
                                           const ExpectedText::Result& result) {
     std::vector<ExpectedText::State> found;
     if (result.mayReplaceAll) found.push_back({result.text, {result.text.size(), 0}});
-    if (result.mayReplaceReadRange && isWithin(result.readRange, state.text)) {
-        found.push_back(state);
-        replace(found.back(), result.readRange, result.text);
-    }
     if (result.mayReplaceSelection) {
         found.push_back(state);
         replace(found.back(), state.selection, result.text);
+    }
+    for (const TextRange& range : result.readRanges) {
+        if (result.mayReplaceReadRange && isWithin(range, state.text)) {
+            found.push_back(state);
+            replace(found.back(), range, result.text);
+            // Written as a whole by accessibility; some fields then keep the caret at their end.
+            ExpectedText::State atEnd = found.back();
+            atEnd.selection = {atEnd.text.size(), 0};
+            found.push_back(atEnd);
+        }
+        if (!result.mayReplaceSelection) continue;
         // Written by accessibility, the caret goes to where the field was read.
-        ExpectedText::State elsewhere = found.back();
-        elsewhere.selection = {result.readRange.location + result.text.size(), 0};
+        ExpectedText::State elsewhere = state;
+        replace(elsewhere, state.selection, result.text);
+        elsewhere.selection = {range.location + result.text.size(), 0};
         if (isWithin(elsewhere.selection, elsewhere.text)) found.push_back(elsewhere);
     }
     return found;

@@ -26,7 +26,8 @@ public:
     struct Result {
         int run = 0;
         QString text;
-        TextRange readRange;  ///< selection when the field was read
+        /// Selection when the field was read; several when equal texts were read at different times.
+        std::vector<TextRange> readRanges;
         bool mayReplaceAll = false;
         bool mayReplaceSelection = false;  ///< whatever is selected when it comes; at a caret it is inserted
         bool mayReplaceReadRange = false;

@@ -122,7 +122,8 @@ QString RandomUse::copySelection() {
 QString RandomUse::pasteSomething() {
     const Field* field = quietFocused();
     const auto text =
-        field ? desktop_.pasteboard.requestedBy(field->application->pid, desktop_.now()) : std::nullopt;
+        field ? desktop_.pasteboard.requestedBy(field->application->pid, desktop_.pasteboard.changeCount())
+              : std::nullopt;
     if (!text || text->isEmpty() || text->size() > longestPaste) return QStringLiteral("(cannot paste)");
     edit({ExpectedText::Edit::Kind::insert, *text, {}});
     pressKey(KeyCode::v, KeyFlags::command);
@@ -130,7 +131,17 @@ QString RandomUse::pasteSomething() {
     return QStringLiteral("pastes ") + *text;
 }
 
+bool RandomUse::pasteIsUnderWay() const {
+    // Nobody can help a paste whose pasteboard is taken between its key and the application's request.
+    const auto& records = desktop_.keyPoster.records;
+    return std::any_of(records.begin(), records.end(), [this](const auto& record) {
+        const FakeApplication* receiver = desktop_.workspace.application(record.receiver);
+        return receiver && receiver->waitingKeys() > 0;
+    });
+}
+
 QString RandomUse::otherCopies() {
+    if (pasteIsUnderWay()) return QStringLiteral("(nobody copies)");
     const auto& applications = desktop_.workspace.applications;
     const FakeApplication& owner = *applications[applications.size() - 1 - below(5)];
     desktop_.pasteboard.copyFrom(owner.isRunning() ? owner.pid : 0,
@@ -140,6 +151,7 @@ QString RandomUse::otherCopies() {
 }
 
 QString RandomUse::otherCopiesPicture() {
+    if (pasteIsUnderWay()) return QStringLiteral("(nobody copies)");
     desktop_.pasteboard.copyOtherFrom(0, {QStringLiteral("image/png")});
     return QStringLiteral("a picture is copied");
 }

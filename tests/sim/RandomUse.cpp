@@ -35,6 +35,20 @@ QString shown(const ExpectedText::State& state) {
         .arg(state.selection.length);
 }
 
+QString shown(const std::vector<ExpectedText::Result>& results) {
+    QStringList all;
+    for (const auto& each : results) {
+        all << QStringLiteral("%1 read at %2+%3 for%4%5%6")
+                   .arg(each.text)
+                   .arg(each.readRanges.front().location)
+                   .arg(each.readRanges.front().length)
+                   .arg(each.mayReplaceAll ? QStringLiteral(" everything") : QString(),
+                        each.mayReplaceSelection ? QStringLiteral(" the selection") : QString(),
+                        each.mayReplaceReadRange ? QStringLiteral(" the passage") : QString());
+    }
+    return all.join(QStringLiteral(", "));
+}
+
 }  // namespace
 
 RandomUse::RandomUse(quint64 seed) : seed_(seed), random_(seed), formerLog_(MVPLog::logURL()) {
@@ -109,19 +123,21 @@ SimulatedModel::Reply RandomUse::answer(const QString& prompt) {
     // A further attempt of a run brings the former prompt and more; the user may be elsewhere by then.
     Run run;
     for (const Attempt& former : attempts_) {
-        if (prompt.size() > former.prompt.size() && prompt.startsWith(former.prompt)) {
+        // No field here holds a line break, so that a longer text is never taken for a repair.
+        if (prompt.size() > former.prompt.size() && prompt.startsWith(former.prompt + u'\n')) {
             run.targets.push_back(former.field);
-            run.result.readRange = former.readRange;
+            run.result.readRanges.push_back(former.readRange);
             run.byClipboard = run.byClipboard || former.byClipboard;
         }
     }
     if (run.targets.empty()) {
         const FakeTextField* field = desktop_.focusedField();
+        const TextRange range = field ? field->selection : TextRange{};
         run.targets.push_back(field);
-        if (field) run.result.readRange = field->selection;
+        run.result.readRanges.push_back(range);
         run.byClipboard = field && field == readByClipboard_;
         readByClipboard_ = nullptr;
-        attempts_.push_back({prompt, field, run.result.readRange, run.byClipboard});
+        attempts_.push_back({prompt, field, range, run.byClipboard});
     }
     const double delay = oneIn(3) ? seconds(0.02, 0.3) : seconds(0.1, 5);
     const int kind = below(20);
@@ -259,13 +275,26 @@ void RandomUse::checkPasteboardOffers() {
         }
     }
     for (const auto& record : desktop_.keyPoster.records) {
-        if (!record.result.posted || record.chord.keyCode != KeyCode::v) continue;
-        const auto offer = std::find_if(history.rbegin(), history.rend(), [&](const auto& each) {
-            return each.since <= record.time && isResult(each.text) &&
-                   each.content == PasteboardContent::temporary;
-        });
-        if (offer != history.rend() && !pasted_.contains(*offer->text)) pasted_ << *offer->text;
+        const QString text = pastedBy(record);
+        if (!text.isEmpty() && !pasted_.contains(text)) pasted_ << text;
     }
+}
+
+QString RandomUse::pastedBy(const FakeKeyPoster::Record& record) const {
+    if (!record.result.posted || record.chord.keyCode != KeyCode::v) return {};
+    const auto& history = desktop_.pasteboard.history();
+    const auto offer = std::find_if(history.rbegin(), history.rend(), [&](const auto& each) {
+        return each.change <= record.pasteboardChange && isResult(each.text) &&
+               each.content == PasteboardContent::temporary;
+    });
+    return offer == history.rend() ? QString() : *offer->text;
+}
+
+bool RandomUse::wasPastedInHaste(const Run& run) const {
+    const auto& records = desktop_.keyPoster.records;
+    return std::any_of(records.begin(), records.end(), [&](const auto& record) {
+        return record.inHaste && pastedBy(record) == run.result.text;
+    });
 }
 
 void RandomUse::allowMannersOf(Run& run, const Field& field) {
@@ -279,18 +308,22 @@ void RandomUse::allowMannersOf(Run& run, const Field& field) {
     ExpectedText::Result& result = run.result;
     // Whatever is selected when the paste comes: the program selected all just before.
     if (run.byClipboard) result.mayReplaceSelection = true;
-    const bool wasSelected = result.readRange.length > 0;
-    if (mode == TextReplaceMode::replaceAll || (mode == TextReplaceMode::smart && wasSelected)) {
-        result.mayReplaceAll = true;
-        // Accepted: a field that cannot be read is pasted into where it stands.
-        if (unreadable) result.mayReplaceSelection = true;
-    }
-    if (mode == TextReplaceMode::replaceAll) return;
-    if (wasSelected) {
-        result.mayReplaceReadRange = true;
-    } else {
-        result.mayReplaceSelection = true;
-        if (refusesSelectedText) result.mayReplaceAll = true;  // accepted
+    // Accepted: keys that the application had yet to work off move the caret under a paste.
+    if (wasPastedInHaste(run)) result.mayReplaceSelection = true;
+    for (const TextRange& range : result.readRanges) {
+        const bool wasSelected = range.length > 0;
+        if (mode == TextReplaceMode::replaceAll || (mode == TextReplaceMode::smart && wasSelected)) {
+            result.mayReplaceAll = true;
+            // Accepted: a field that cannot be read is pasted into where it stands.
+            if (unreadable) result.mayReplaceSelection = true;
+        }
+        if (mode == TextReplaceMode::replaceAll) continue;
+        if (wasSelected) {
+            result.mayReplaceReadRange = true;
+        } else {
+            result.mayReplaceSelection = true;
+            if (refusesSelectedText) result.mayReplaceAll = true;  // accepted
+        }
     }
 }
 
@@ -317,11 +350,11 @@ void RandomUse::checkField(Field& field) {
     const ExpectedText::State real{field.field->value, field.field->selection};
     std::vector<int> arrived;
     if (!field.expected.explain(real, results, arrived)) {
-        fail(QStringLiteral("%1 field %2 holds %3, its user left %4 (%5 results may come)")
+        fail(QStringLiteral("%1 field %2 holds %3, its user left %4 (may come: %5)")
                  .arg(field.application->name.value_or(QString()))
                  .arg(field.field->id)
                  .arg(shown(real), shown(field.expected.withoutResults()))
-                 .arg(results.size()));
+                 .arg(shown(results)));
         return;
     }
     for (Run& run : runs_) {
@@ -387,6 +420,16 @@ QString RandomUse::failure() const {
     for (const QString& line : story_)
         text += QStringLiteral("  ") + line + u'\n';
     const QStringList events = desktop_.log.text().split(u'\n');
+    text += QStringLiteral("runs:\n");
+    for (const Run& run : runs_) {
+        text += QStringLiteral("  %1 answered at %2%3, for")
+                    .arg(run.result.text)
+                    .arg(run.answeredAt, 0, 'f', 3)
+                    .arg(run.arrived ? QStringLiteral(", arrived") : QString());
+        for (const FakeTextField* target : run.targets)
+            text += QStringLiteral(" field %1").arg(target ? target->id : 0);
+        text += u'\n';
+    }
     return text + QStringLiteral("events:\n  ") +
            events.mid(std::max<qsizetype>(0, events.size() - static_cast<qsizetype>(logTail)))
                .join(QStringLiteral("\n  ")) +

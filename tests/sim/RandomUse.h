@@ -28,8 +28,8 @@ namespace veltrin {
 /// The losses that are accepted, and no others: a field read whole is overwritten with what came in
 /// meanwhile; a caret whose field takes no selected text has its whole field replaced when the paste was
 /// refused; two writes within the restore's delay may lose the user's string; content without a plain string
-/// is not kept; a field that only the clipboard can read stays wholly selected, so that the user's next key
-/// replaces it.
+/// is not kept; keys that the application had yet to work off move the caret under a paste; a field that only
+/// the clipboard can read stays wholly selected, so that the user's next key replaces it.
 class RandomUse {
 public:
     explicit RandomUse(quint64 seed);
@@ -98,6 +98,7 @@ private:
     QString placeCaret();
     QString copySelection();
     QString pasteSomething();
+    bool pasteIsUnderWay() const;
     QString otherCopies();
     QString otherCopiesPicture();
     QString ownerFallsSilent();
@@ -133,6 +134,9 @@ private:
     void checkPasteboardOffers();
     void checkRuns();
     bool wasWritten(const Run& run) const;
+    bool wasPastedInHaste(const Run& run) const;
+    /// The result that a posted paste hands over; empty when it is none.
+    QString pastedBy(const FakeKeyPoster::Record& record) const;
     void checkProgram();
     void allowMannersOf(Run& run, const Field& field);
     void fail(const QString& what);

@@ -18,6 +18,9 @@ TEST_F(RoadTest, threeTapsReplaceTheFieldByItsTranslationAndTheClipboardComesBac
     EXPECT_EQ(copied(), QStringLiteral("mine"));
     EXPECT_EQ(desktop.pasteboard.current().content, PasteboardContent::lasting);
     EXPECT_EQ(remembered(), true);
+    ASSERT_EQ(veltrin.behaviors().recentBehaviors().size(), 1U);
+    EXPECT_EQ(veltrin.behaviors().recentBehaviors().front().detail, QStringLiteral("translate"));
+    EXPECT_EQ(veltrin.behaviors().recentBehaviors().front().context, QStringLiteral("Editor"));
     EXPECT_TRUE(veltrin.model.lastPrompt.contains(QStringLiteral("Guten Tag")));
 
     desktop.keyboard.chord(FakeKeyCode::z, KeyFlags::command);

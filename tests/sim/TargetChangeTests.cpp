@@ -102,6 +102,18 @@ TEST_F(TargetChangeTest, anotherFieldOfTheSameWindowIsLeftAloneAndTheOriginalIsW
     EXPECT_EQ(copied(), QStringLiteral("mine"));
 }
 
+TEST_F(TargetChangeTest, aFieldWhoseFocusCannotBeHadIsNotPastedIntoThroughAnother) {
+    FakeTextField& other = editor.addField(QStringLiteral("subject"));
+    translateWhile([&] {
+        desktop.focus(other);
+        desktop.accessibility.trusted = false;
+    });
+    EXPECT_EQ(other.value, QStringLiteral("subject"));
+    EXPECT_EQ(field.value, before_);
+    EXPECT_EQ(copied(), QStringLiteral("Good day."));
+    EXPECT_EQ(desktop.keyPoster.postedCount, 0);
+}
+
 class SelectionChangeTest : public RoadTest {
 protected:
     void SetUp() override {

@@ -13,8 +13,8 @@ namespace veltrin {
 struct TopLevelWindow {
     quint32 id = 0;
     QString title;
-    QRectF frame;  ///< what the user sees: with the window manager's border, without a client-drawn shadow
-    QPointF clientOrigin;  ///< where the application's own drawing begins, inside any shadow it draws
+    QRectF frame;   ///< what the user sees: with the window manager's border, without a client-drawn shadow
+    QRectF client;  ///< the application's own drawing, inside any shadow it draws
 };
 
 /// The top-level windows of other processes, as the window manager tells of them. Main thread.

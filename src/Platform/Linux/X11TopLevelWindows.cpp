@@ -145,9 +145,8 @@ std::vector<TopLevelWindow> X11TopLevelWindows::described(const std::vector<quin
             return rect.adjusted(-sign * extent(extents, 0), -sign * extent(extents, 2),
                                  sign * extent(extents, 1), sign * extent(extents, 3));
         };
-        const QRectF content = grown(client, shadow, -1);
-        window.clientOrigin = content.topLeft();
-        window.frame = grown(content, border, 1);
+        window.client = grown(client, shadow, -1);
+        window.frame = grown(window.client, border, 1);
         found.push_back(window);
     }
     return found;

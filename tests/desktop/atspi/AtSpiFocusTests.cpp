@@ -1,7 +1,14 @@
 #include "Platform/Linux/AtSpi/AtSpiElement.h"
 #include "desktop/atspi/AtSpiFixture.h"
+#include "support/Slowdown.h"
 
 #include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusVariant>
+
+#include <csignal>
+#include <thread>
 
 namespace veltrin {
 namespace {
@@ -131,6 +138,35 @@ TEST_F(AtSpiFocus, anApplicationThatDiesIsGone) {
     EXPECT_LT(taken, 100);
 }
 
+TEST_F(AtSpiFocus, survivesApplicationsThatComeAndGoWhileTheyAreRead) {
+    for (int round = 0; round < 4; ++round) {
+        Program program(desktop(), {u"zenity"_s, u"--entry"_s, u"--entry-text"_s, u"here"_s});
+        const auto application = accessibility().applicationElement(program.pid());
+        double longest = 0;
+        const auto readsField = [&] {
+            bool isRead = false;
+            longest = std::max(longest, milliseconds([&] {
+                                   const auto element = focused(program);
+                                   isRead = element &&
+                                            read(element, AXAttribute::value).value == AXValue(u"here"_s);
+                               }));
+            return isRead;
+        };
+        EXPECT_TRUE(waitUntil(20 * patience, readsField)) << "it never came";
+        // It ends in the middle of one reading or another.
+        std::thread killer([&program, round] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(3 * round));
+            ::kill(program.pid(), SIGKILL);
+        });
+        const bool isGone = waitUntil(10 * patience, [&] { return !readsField(); });
+        killer.join();
+        EXPECT_TRUE(isGone);
+        program.kill();
+        EXPECT_EQ(read(application, AXAttribute::focusedUIElement).error, AXError::invalidUIElement);
+        EXPECT_LT(longest, 1200 * patience) << "two questions, each bounded";
+    }
+}
+
 TEST_F(AtSpiFocus, hasNothingToSayOfItsOwnProcess) {
     const auto self =
         accessibility().applicationElement(static_cast<qint32>(QCoreApplication::applicationPid()));
@@ -183,6 +219,26 @@ TEST(AtSpiBusAbsence, aDesktopWithoutAccessibilityIsNotTrusted) {
         accessibility.copyAttributeValue(accessibility.applicationElement(1), AXAttribute::focusedUIElement)
             .error,
         AXError::apiDisabled);
+}
+
+TEST(AtSpiBusAbsence, turnsAccessibilityOnWhereItIsOff) {
+    RealDesktop desktop;
+    desktop.applyToThisProcess();
+    const QString name = u"accessibility-switch"_s;
+    const auto status = [&](const char* method, const QVariantList& arguments) {
+        auto bus = QDBusConnection::connectToBus(desktop.sessionBusAddress(), name);
+        auto message =
+            QDBusMessage::createMethodCall(u"org.a11y.Bus"_s, u"/org/a11y/bus"_s,
+                                           u"org.freedesktop.DBus.Properties"_s, QString::fromLatin1(method));
+        message.setArguments(QVariantList{u"org.a11y.Status"_s, u"IsEnabled"_s} + arguments);
+        return bus.call(message).arguments().value(0).value<QDBusVariant>().variant().toBool();
+    };
+    status("Set", {QVariant::fromValue(QDBusVariant(false))});
+    ASSERT_FALSE(status("Get", {}));
+    AtSpiAccessibility accessibility(nullptr);
+    EXPECT_TRUE(waitUntil(5 * patience, [&] { return accessibility.isProcessTrusted(); }));
+    EXPECT_TRUE(status("Get", {})) << "applications that start from now on are accessible";
+    QDBusConnection::disconnectFromBus(name);
 }
 
 TEST(AtSpiBusAbsence, survivesTheBusComingLateAndGoing) {

@@ -32,6 +32,14 @@ TEST(TextOffsets, goesByTheToolkitWhenTheCountDoesNotFit) {
     EXPECT_FALSE(TextOffsets(mixed, 3, Toolkit::other).countsCodePoints());
 }
 
+TEST(TextOffsets, partsLinesByLineFeeds) {
+    const TextOffsets offsets(u"one\u2029two\u2028three"_s, 13, Toolkit::qt);
+    EXPECT_EQ(offsets.text(), u"one\ntwo\nthree"_s);
+    EXPECT_EQ(offsets.toUtf16(4), 4);
+    EXPECT_EQ(TextOffsets(u"one\u2029two"_s, 7, Toolkit::gtk3).text(), u"one\u2029two"_s)
+        << "elsewhere they are characters of the text";
+}
+
 TEST(TextOffsets, convertsCodePointsBothWays) {
     const TextOffsets offsets(mixed, mixedCodePoints, Toolkit::gtk3);
     EXPECT_EQ(offsets.toUtf16(1), 1);
@@ -145,6 +153,8 @@ TEST(TextOffsets, namesToolkits) {
     EXPECT_EQ(toolkitNamed(u"Chromium"_s, {}), Toolkit::chromium);
     EXPECT_EQ(toolkitNamed(u"J2SE-access-bridge"_s, {}), Toolkit::other);
     EXPECT_EQ(toolkitNamed({}, {}), Toolkit::other);
+    EXPECT_EQ(toolkitNamed(u"gtk"_s, u"3.24.38"_s, u"soffice"_s), Toolkit::office);
+    EXPECT_EQ(toolkitNamed(u"gtk"_s, u"3.24.38"_s, u"mousepad"_s), Toolkit::gtk3);
 }
 
 }  // namespace

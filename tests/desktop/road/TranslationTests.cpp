@@ -1,5 +1,7 @@
 #include "desktop/road/RoadTest.h"
 
+#include <QFile>
+
 #include <gtest/gtest.h>
 
 namespace veltrin {
@@ -15,7 +17,24 @@ Program startQtEditor(RealDesktop& desktop, const QString& text) {
                              text.isEmpty() ? QStringList{} : QStringList{QStringLiteral("--text"), text});
 }
 
-class TranslationInEditor : public RoadTest, public testing::WithParamInterface<Editor> {};
+class TranslationInEditor : public RoadTest, public testing::WithParamInterface<Editor> {
+protected:
+    /// The tracker's file and the expression memory show it.
+    void expectOneRecordedTranslation() {
+        QFile file(desktop().dataHome() + QStringLiteral("/Veltrin/user_behaviors.json"));
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        const Json behaviors = Json::parse(file.readAll());
+        ASSERT_EQ(behaviors.array()->size(), 1U);
+        const Json& behavior = behaviors.array()->front();
+        EXPECT_EQ(behavior.find(u"type")->toString(), QStringLiteral("optimizeAction"));
+        EXPECT_EQ(behavior.find(u"detail")->toString(), QStringLiteral("translate"));
+        EXPECT_EQ(behavior.find(u"category")->toString(), QStringLiteral("optimize"));
+        EXPECT_FALSE(behavior.find(u"context")->toString().value_or(QString()).isEmpty());
+        QFile preferences(preferencesFile());
+        ASSERT_TRUE(preferences.open(QIODevice::ReadOnly));
+        EXPECT_TRUE(preferences.readAll().contains("expression_memory_events_v1"));
+    }
+};
 
 TEST_P(TranslationInEditor, threeTapsReplaceTheTextAndLeaveEverythingElseAsItWas) {
     startProgram();
@@ -31,6 +50,8 @@ TEST_P(TranslationInEditor, threeTapsReplaceTheTextAndLeaveEverythingElseAsItWas
     EXPECT_EQ(clipboard().text(), QStringLiteral("the user's own clipboard"));
     EXPECT_EQ(x().keysDown(), 0);
     EXPECT_EQ(x().activeWindow(), editor.window());
+
+    expectOneRecordedTranslation();
 
     const auto requests = generations();
     ASSERT_EQ(requests.size(), 1U);

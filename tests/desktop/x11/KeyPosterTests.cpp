@@ -2,12 +2,14 @@
 #include "Platform/Linux/X11/X11Pasteboard.h"
 #include "Platform/Linux/X11/XcbHeaders.h"
 #include "desktop/x11/RecordingClient.h"
+#include "support/Slowdown.h"
 #include "support/desktop/DesktopTest.h"
 
 #include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
+#include <limits>
 #include <thread>
 
 namespace veltrin {
@@ -21,8 +23,10 @@ struct FakeElement final : AXElement {
 struct FakeInspector final : PostTargetInspector {
     PostTargetState state{true, true, false};
     int asked = 0;
+    int focusedFrom = 0;  ///< the look from which on the focus is there
     PostTargetState inspect(const AXElementRef&) override {
         ++asked;
+        state.isElsewhere = asked < focusedFrom;
         return state;
     }
 };
@@ -280,6 +284,23 @@ TEST_F(KeyPosterOnX11, aFieldThatCannotBeEditedTakesCopiesButNoPaste) {
     inspector.state = {true, true, false};
     EXPECT_TRUE(poster.post(paste));
     EXPECT_EQ(inspector.asked, 6);
+}
+
+TEST_F(KeyPosterOnX11, theFieldsFocusIsWaitedForAndAnotherFieldGetsNoKey) {
+    RecordingClient client(desktop(), foreign());
+    auto paste = command(KeyCode::v, client);
+    paste.target.element = std::make_shared<FakeElement>();
+    inspector.focusedFrom = 3;
+    EXPECT_TRUE(poster.post(paste));
+    EXPECT_EQ(inspector.asked, 3);
+    ASSERT_TRUE(client.waitForKeys(4));
+    inspector.focusedFrom = std::numeric_limits<int>::max();
+    const double begin = monotonicSeconds();
+    const PostResult refused = poster.post(paste);
+    EXPECT_FALSE(refused);
+    EXPECT_EQ(refused.refusal, QStringLiteral("another field has the focus"));
+    EXPECT_LT(monotonicSeconds() - begin, 1.0 * slowdown);
+    EXPECT_EQ(client.keys().size(), 4U);
 }
 
 TEST_F(KeyPosterOnX11, ourOwnWindowIsNotAskedWhetherItLives) {

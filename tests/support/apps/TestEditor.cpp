@@ -1,10 +1,13 @@
 // A Qt text editor for tests: a multi-line field, a one-line field, and a password field in each window.
 //
 //   veltrin_test_editor [--title TITLE] [--windows N] [--text TEXT] [--line TEXT] [--password TEXT]
-//                       [--focus text|line|password] [--read-only]
+//                       [--focus text|line|password] [--read-only] [--control SOCKET]
 //
 // The windows are titled TITLE, "TITLE 2" and so on; the first one ends up active. The accessible names of
-// the fields are "Text", "Line" and "Password". On SIGTERM it ends with code 0.
+// the fields are "Text", "Line" and "Password". With --control the fields "text" and "line" of the first
+// window can be set and looked at, as FieldControl.h says. On SIGTERM it ends with code 0.
+#include "support/apps/FieldControl.h"
+
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QLineEdit>
@@ -26,6 +29,44 @@ void nameField(QWidget& field, const char* name) {
 /// Blinking would wake the program all the time, and make pictures depend on the moment.
 void holdStill() {
     QApplication::setCursorFlashTime(0);
+}
+
+QJsonObject stateOf(const QString& text, int start, int end, bool isFocused) {
+    return {{QStringLiteral("text"), text},
+            {QStringLiteral("start"), start},
+            {QStringLiteral("end"), end},
+            {QStringLiteral("focused"), isFocused}};
+}
+
+veltrin::FieldControl::Field controlOf(QPlainTextEdit* field) {
+    return {[field](const QString& text) { field->setPlainText(text); },
+            [field](int start, int end) {
+                QTextCursor cursor = field->textCursor();
+                cursor.setPosition(start);
+                cursor.setPosition(end, QTextCursor::KeepAnchor);
+                field->setTextCursor(cursor);
+                field->setFocus();
+            },
+            [field] {
+                const QTextCursor cursor = field->textCursor();
+                return stateOf(field->toPlainText(), cursor.selectionStart(), cursor.selectionEnd(),
+                               field->hasFocus());
+            }};
+}
+
+veltrin::FieldControl::Field controlOf(QLineEdit* field) {
+    return {[field](const QString& text) { field->setText(text); },
+            [field](int start, int end) {
+                field->setCursorPosition(start);
+                if (end > start) field->setSelection(start, end - start);
+                field->setFocus();
+            },
+            [field] {
+                const bool isSelected = field->hasSelectedText();
+                return stateOf(field->text(), isSelected ? field->selectionStart() : field->cursorPosition(),
+                               isSelected ? field->selectionEnd() : field->cursorPosition(),
+                               field->hasFocus());
+            }};
 }
 
 std::unique_ptr<QWidget> makeWindow(const QCommandLineParser& arguments, int number) {
@@ -78,6 +119,7 @@ int main(int argc, char** argv) {
         {QStringLiteral("password"), {}, QStringLiteral("text")},
         {QStringLiteral("focus"), {}, QStringLiteral("field"), QStringLiteral("text")},
         {QStringLiteral("read-only"), {}},
+        {QStringLiteral("control"), {}, QStringLiteral("socket")},
     });
     arguments.process(given);
 
@@ -86,5 +128,10 @@ int main(int argc, char** argv) {
     for (int number = arguments.value(QStringLiteral("windows")).toInt(); number >= 1; --number) {
         windows.push_back(makeWindow(arguments, number));
     }
+    const QWidget& first = *windows.back();
+    const veltrin::FieldControl control(
+        arguments.value(QStringLiteral("control")),
+        {{QStringLiteral("text"), controlOf(first.findChild<QPlainTextEdit*>(QStringLiteral("text")))},
+         {QStringLiteral("line"), controlOf(first.findChild<QLineEdit*>(QStringLiteral("line")))}});
     return QApplication::exec();
 }

@@ -33,6 +33,13 @@ QRect rectangle(const QJsonValue& value) {
     return {numbers.at(0).toInt(), numbers.at(1).toInt(), numbers.at(2).toInt(), numbers.at(3).toInt()};
 }
 
+ProbedField described(const QJsonObject& field) {
+    return {field.value(u"element"_s).toInt(-1), field.value(u"role"_s).toString(),
+            field.value(u"name"_s).toString(),   field.value(u"focused"_s).toBool(),
+            field.value(u"editable"_s).toBool(), field.value(u"multiline"_s).toBool(),
+            field.value(u"password"_s).toBool()};
+}
+
 }  // namespace
 
 AtSpiProbe::AtSpiProbe(RealDesktop& desktop) : log_(desktop.file(u"atspi-probe.log"_s)) {
@@ -86,14 +93,13 @@ void AtSpiProbe::demand(const QString& action, const ProbedField& field, const Q
 
 QList<ProbedField> AtSpiProbe::fields(pid_t process) {
     QList<ProbedField> found;
-    for (const QJsonValue value : ask(u"fields"_s, {{u"pid"_s, process}}, 60).toArray()) {
-        const QJsonObject field = value.toObject();
-        found.append({field.value(u"element"_s).toInt(-1), field.value(u"role"_s).toString(),
-                      field.value(u"name"_s).toString(), field.value(u"focused"_s).toBool(),
-                      field.value(u"editable"_s).toBool(), field.value(u"multiline"_s).toBool(),
-                      field.value(u"password"_s).toBool()});
-    }
+    for (const QJsonValue value : ask(u"fields"_s, {{u"pid"_s, process}}, 60).toArray())
+        found.append(described(value.toObject()));
     return found;
+}
+
+ProbedField AtSpiProbe::fieldAt(const QString& bus, const QString& path) {
+    return described(ask(u"field_at"_s, {{u"bus"_s, bus}, {u"path"_s, path}}).toObject());
 }
 
 ProbedField AtSpiProbe::waitForField(const Program& program, const QString& name, double seconds) {

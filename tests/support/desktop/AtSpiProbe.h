@@ -56,6 +56,9 @@ public:
     /// Waits for a field: the focused one, or with a name the one with that accessible name.
     ProbedField waitForField(const Program& program, const QString& name = {}, double seconds = 10);
 
+    /// The field behind an address on the accessibility bus.
+    ProbedField fieldAt(const QString& bus, const QString& path);
+
     ProbedText read(const ProbedField& field);
     QString text(const ProbedField& field) { return read(field).text; }
     /// Looks every 10 ms until the whole text is this one. The text that stood there last, so that a failed
@@ -73,6 +76,9 @@ public:
     /// On the screen, from its top left. GTK 4 gives window coordinates.
     QRect extents(const ProbedField& field);
     QRect rangeExtents(const ProbedField& field, qsizetype start, qsizetype end);
+    /// The probe's own process.
+    pid_t process() const { return process_.pid(); }
+
     /// Role and name of every object of a process, one a line: to print when a test finds nothing.
     QString tree(pid_t process);
 

@@ -127,6 +127,12 @@ class Probe:
                 found.append(description)
         return found
 
+    def do_field_at(self, request):
+        found = self.describe((request["bus"], request["path"]))
+        if not found:
+            raise ValueError("no field there")
+        return found
+
     def do_tree(self, request):
         """Role and name of everything, for finding out why a test found nothing."""
         application = self.application(request["pid"])
@@ -168,6 +174,11 @@ class Probe:
         obj = self.object_of(request)
         text, utf16 = self.whole_text(obj)
         offset = self.from_code_points(text, request["offset"], utf16)
+        try:
+            # LibreOffice goes on selecting otherwise, even where nothing is selected any more.
+            self.call(obj, TEXT, "RemoveSelection", GLib.Variant("(i)", (0,)), timeout=200)
+        except GLib.Error:
+            pass
         self.call(obj, TEXT, "SetCaretOffset", GLib.Variant("(i)", (offset,)))
         return self.until(lambda: self.get(obj, TEXT, "CaretOffset") == offset, 1)
 

@@ -81,6 +81,7 @@ void FakeApplication::quit() {
 
 void FakeApplication::receive(FakeKeyStroke stroke) {
     if (!isRunning()) return;
+    stroke.pasteboardChange = pasteboard_.changeCount();
     received.push_back(stroke);
     if (received.size() > receivedLimit) received.pop_front();
     if (stroke.event.type != KeyEventType::keyDown) return;
@@ -108,9 +109,8 @@ void FakeApplication::perform(const FakeKeyStroke& stroke, FakeWindow* window) {
     FakeTextField* field = window && window->open ? window->focusedField : nullptr;
     if (!field) return;
     const KeyEvent& event = stroke.event;
-    const double keyTime = static_cast<double>(event.timestamp) * 1e-9;
     const quint64 modifiers = event.flags & ~KeyFlags::shift & KeyFlags::all;
-    if (modifiers == KeyFlags::command) return performCommand(event.keyCode, *field, keyTime);
+    if (modifiers == KeyFlags::command) return performCommand(stroke, *field);
     if (modifiers != 0) return;
     switch (event.keyCode) {
         case KeyCode::backspace:
@@ -130,7 +130,8 @@ void FakeApplication::perform(const FakeKeyStroke& stroke, FakeWindow* window) {
     }
 }
 
-void FakeApplication::performCommand(qint64 keyCode, FakeTextField& field, double keyTime) {
+void FakeApplication::performCommand(const FakeKeyStroke& stroke, FakeTextField& field) {
+    const qint64 keyCode = stroke.event.keyCode;
     switch (keyCode) {
         case KeyCode::a:
             field.selectAll();
@@ -143,7 +144,7 @@ void FakeApplication::performCommand(qint64 keyCode, FakeTextField& field, doubl
             if (keyCode == FakeKeyCode::x) field.deleteBackward();
             return;
         case KeyCode::v: {
-            const auto text = pasteboard_.requestedBy(pid, keyTime);
+            const auto text = pasteboard_.requestedBy(pid, stroke.pasteboardChange);
             if (!text || text->isEmpty()) {
                 log_.add(loop_.now(), "pasted nothing", name.value_or(QString()));
                 return;

@@ -14,8 +14,9 @@ namespace veltrin {
 /// A key on its way into an application.
 struct FakeKeyStroke {
     KeyEvent event;
-    QString text;         ///< what it types; empty for a key that types nothing
-    bool posted = false;  ///< made by a program, not by the user's hand
+    QString text;                 ///< what it types; empty for a key that types nothing
+    bool posted = false;          ///< made by a program, not by the user's hand
+    qint64 pasteboardChange = 0;  ///< the pasteboard's change count when the application was sent it
 };
 
 class FakeWindow {
@@ -89,7 +90,7 @@ private:
     };
     void work();
     void perform(const FakeKeyStroke& stroke, FakeWindow* window);
-    void performCommand(qint64 keyCode, FakeTextField& field, double keyTime);
+    void performCommand(const FakeKeyStroke& stroke, FakeTextField& field);
     int countReceived(KeyEventType type, qint64 keyCode) const;
 
     FakeRunLoop& loop_;

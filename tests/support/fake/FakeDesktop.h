@@ -69,8 +69,8 @@ public:
     FakeWorkspace workspace{runLoop, pasteboard, log};
     FakeKeyEventTaps keyEventTaps{runLoop};
     FakeKeyboard keyboard{runLoop, keyEventTaps, workspace};
-    FakeKeyPoster keyPoster{runLoop, workspace, keyboard, log};
     FakeAccessibility accessibility{runLoop, workspace, log};
+    FakeKeyPoster keyPoster{runLoop, workspace, keyboard, accessibility, log};
     FakeScreens screens;
     FakePreferences preferences;
     FakeHttpClient httpClient;

@@ -18,6 +18,11 @@ QString FakeKeyPoster::refusalOf(const KeyPost& chord) const {
     }
     const bool pastes = chord.keyCode == KeyCode::v && chord.flags == KeyFlags::command;
     const FakeTextField* field = front->focusedField();
+    if (const auto& element = chord.target.element) {
+        if (!accessibility_.trusted || !front->accessible) return QStringLiteral("the field does not answer");
+        const AXElementRef focused = field ? accessibility_.elementOf(*field) : nullptr;
+        if (focused && !focused->isEqual(*element)) return QStringLiteral("another field has the focus");
+    }
     // What a program keeps from accessibility the poster cannot know either.
     if (field && front->accessible) {
         if (field->password) return QStringLiteral("a password field has the focus");
@@ -38,6 +43,8 @@ void FakeKeyPoster::waitForModifiers(quint64 ownFlags) {
 }
 
 PostResult FakeKeyPoster::post(const KeyPost& chord) {
+    const FakeApplication* asked = workspace_.front();
+    const bool inHaste = asked && asked->waitingKeys() > 0;
     waitForModifiers(chord.flags);
     Record record;
     record.time = loop_.now();
@@ -47,6 +54,7 @@ PostResult FakeKeyPoster::post(const KeyPost& chord) {
     if (record.result.posted) {
         FakeApplication& front = *workspace_.front();
         record.receiver = front.pid;
+        record.inHaste = inHaste || front.waitingKeys() > 0;
         if (onPosted) onPosted(record);
         FakeKeyStroke stroke;
         stroke.posted = true;
@@ -54,6 +62,7 @@ PostResult FakeKeyPoster::post(const KeyPost& chord) {
         stroke.event.flags = chord.flags;
         stroke.event.timestamp = static_cast<quint64>(std::llround(loop_.now() * 1e9));
         front.receive(stroke);
+        record.pasteboardChange = front.received.back().pasteboardChange;
         stroke.event.type = KeyEventType::keyUp;
         front.receive(stroke);
         ++postedCount;

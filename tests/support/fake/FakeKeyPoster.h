@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/KeyPoster.h"
+#include "support/fake/FakeAccessibility.h"
 #include "support/fake/FakeKeyboard.h"
 
 #include <deque>
@@ -12,8 +13,9 @@ namespace veltrin {
 /// taps, which never report the program's own keys.
 class FakeKeyPoster final : public KeyPoster {
 public:
-    FakeKeyPoster(FakeRunLoop& loop, FakeWorkspace& workspace, FakeKeyboard& keyboard, FakeEventLog& log)
-        : loop_(loop), workspace_(workspace), keyboard_(keyboard), log_(log) {}
+    FakeKeyPoster(FakeRunLoop& loop, FakeWorkspace& workspace, FakeKeyboard& keyboard,
+                  const FakeAccessibility& accessibility, FakeEventLog& log)
+        : loop_(loop), workspace_(workspace), keyboard_(keyboard), accessibility_(accessibility), log_(log) {}
 
     PostResult post(const KeyPost& chord) override;
 
@@ -21,7 +23,9 @@ public:
         double time = 0;
         KeyPost chord;
         PostResult result;
-        qint32 receiver = 0;  ///< the process that got it; 0 when refused
+        qint32 receiver = 0;          ///< the process that got it; 0 when refused
+        qint64 pasteboardChange = 0;  ///< the pasteboard's change count when it got it
+        bool inHaste = false;         ///< keys were still to be worked off when it was asked for or sent
     };
     /// The latest chords asked for, refused ones included, oldest first.
     std::deque<Record> records;
@@ -45,6 +49,7 @@ private:
     FakeRunLoop& loop_;
     FakeWorkspace& workspace_;
     FakeKeyboard& keyboard_;
+    const FakeAccessibility& accessibility_;
     FakeEventLog& log_;
 };
 

@@ -6,13 +6,11 @@
 namespace veltrin {
 namespace {
 constexpr std::size_t historyLimit = 200;
-/// Keys are stamped to the nanosecond: one posted right after an offer may bear a hair less.
-constexpr double keyTimeStep = 1e-9;
 }  // namespace
 
 void FakePasteboard::take(Offer offer, const char* what) {
     offer.since = loop_.now();
-    ++changeCount_;
+    offer.change = ++changeCount_;
     log_.add(loop_.now(), what, offer.text.value_or(offer.otherTypes.join(u' ')));
     history_.push_back(std::move(offer));
     if (history_.size() > historyLimit) history_.pop_front();
@@ -95,14 +93,14 @@ void FakePasteboard::ownerDied(qint32 application) {
         take({}, "pasteboard owner gone");
 }
 
-std::optional<QString> FakePasteboard::requestedBy(qint32 application, double keyTime) const {
+std::optional<QString> FakePasteboard::requestedBy(qint32 application, qint64 changeAtKey) const {
     const Offer& offer = history_.back();
     if (offer.owner == Owner::application && offer.application == application) return offer.text;
     if (!ownerAnswers()) return std::nullopt;
     if (offer.owner != Owner::program) return offer.text;
     // Back to the offer that stood at the key, through our own offers only.
     for (auto past = history_.rbegin(); past != history_.rend() && past->owner == Owner::program; ++past) {
-        if (past->since <= keyTime + keyTimeStep) return past->text;
+        if (past->change <= changeAtKey) return past->text;
     }
     return offer.text;
 }

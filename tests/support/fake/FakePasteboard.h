@@ -19,7 +19,8 @@ public:
 
     enum class Owner { nobody, program, application };
     struct Offer {
-        double since = 0;  ///< when it was taken
+        qint64 change = 1;  ///< the change count that it made
+        double since = 0;   ///< when it was taken
         Owner owner = Owner::nobody;
         qint32 application = 0;       ///< process of the owning application
         std::optional<QString> text;  ///< none for an empty pasteboard, and for content without plain text
@@ -49,9 +50,10 @@ public:
     /// The present owner stops answering, whatever its process does.
     void stopAnswering() { history_.back().answers = false; }
 
-    /// What a paste gets whose key was pressed or posted at `keyTime`. A late request still gets what this
-    /// program offered at that moment, as long as nobody else has taken the pasteboard since.
-    std::optional<QString> requestedBy(qint32 application, double keyTime) const;
+    /// What a paste gets whose key was pressed or posted when the change count was `changeAtKey`. A late
+    /// request still gets what this program offered then, as long as nobody else has taken the pasteboard
+    /// since.
+    std::optional<QString> requestedBy(qint32 application, qint64 changeAtKey) const;
 
     /// What is on offer now.
     const Offer& current() const { return history_.back(); }

@@ -30,7 +30,8 @@ AppSettings& SimulatedVeltrin::settings() {
 void SimulatedVeltrin::launch() {
     client_.emplace(model, settings());
     delegate_ = std::make_unique<AppDelegate>(
-        desktop.desktop(), AppDelegate::Shared{settings(), notifications, *client_, expressionMemory_});
+        desktop.desktop(),
+        AppDelegate::Shared{settings(), notifications, *client_, expressionMemory_, behaviors_});
     delegate_->applicationDidFinishLaunching();
     desktop.runLoop.runDue();
 }

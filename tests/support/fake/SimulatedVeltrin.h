@@ -4,6 +4,7 @@
 #include "App/AppDelegate.h"
 #include "Data/AppSettings.h"
 #include "Expression/ExpressionMemoryStore.h"
+#include "Session/UserBehaviorTracker.h"
 #include "support/fake/FakeDesktop.h"
 #include "support/fake/SimulatedModel.h"
 
@@ -38,6 +39,7 @@ public:
     AppDelegate& delegate() { return *delegate_; }
     AppSettings& settings();
     ExpressionMemoryStore& expressionMemory() { return expressionMemory_; }
+    UserBehaviorTracker& behaviors() { return behaviors_; }
 
     void type(const QString& text) { desktop.keyboard.type(text); }
     /// Three taps of the space bar after a pause that lets them count.
@@ -60,6 +62,8 @@ private:
     std::optional<AppSettings> settings_;
     std::optional<OllamaClient> client_;
     ExpressionMemoryStore expressionMemory_{desktop.preferences};
+    /// In a folder that cannot be, so that it works from memory: the disk would dominate a simulation's time.
+    UserBehaviorTracker behaviors_{QStringLiteral("/dev/null/Veltrin"), desktop.runLoop};
     std::unique_ptr<AppDelegate> delegate_;
 };
 

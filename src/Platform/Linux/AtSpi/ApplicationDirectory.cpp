@@ -69,10 +69,12 @@ Toolkit ApplicationDirectory::toolkitOf(const QString& bus, Conversation& conver
     const ObjectAddress root{bus, QLatin1String(Name::rootPath)};
     Pending name = conversation.property(root, Name::application, "ToolkitName");
     Pending version = conversation.property(root, Name::application, "Version");
+    Pending application = conversation.property(root, Name::accessible, "Name");
     const Reply nameReply = conversation.reply(std::move(name));
     const Reply versionReply = conversation.reply(std::move(version));
+    const Reply applicationReply = conversation.reply(std::move(application));
     if (conversation.hasGivenUp()) return Toolkit::other;
-    const Toolkit toolkit = toolkitNamed(nameReply.text(), versionReply.text());
+    const Toolkit toolkit = toolkitNamed(nameReply.text(), versionReply.text(), applicationReply.text());
     if (nameReply.ok()) toolkits_.insert(bus, toolkit);
     return toolkit;
 }

@@ -2,6 +2,7 @@
 
 #include "Platform/Linux/AtSpi/AtSpiElement.h"
 #include "Platform/Linux/AtSpi/AtSpiWorker.h"
+#include "Platform/Linux/AtSpi/PlacedRectangle.h"
 #include "Platform/Linux/AtSpi/TextAccess.h"
 #include "Platform/Linux/TopLevelWindows.h"
 
@@ -16,12 +17,17 @@ using AtSpi::AtSpiElement;
 using AtSpi::Conversation;
 using AtSpi::ElementFacts;
 using AtSpi::ObjectAddress;
+using AtSpi::PlacedRectangle;
 using AtSpi::Room;
 using AtSpi::State;
 using AtSpi::TextAccess;
 namespace Name = AtSpi::Name;
 
 namespace {
+
+constexpr double tallestMenuBar = 120;
+constexpr int layoutAttempts = 4;
+constexpr AtSpi::Milliseconds layoutPause{10};
 
 const AtSpiElement* own(const AXElementRef& element) {
     return dynamic_cast<const AtSpiElement*>(element.get());
@@ -208,33 +214,38 @@ AXResult<AXValue> AtSpiAccessibility::ofObject(const AtSpiElement& object, AXAtt
 }
 
 AXResult<QRectF> AtSpiAccessibility::frame(const AtSpiElement& object) {
-    struct Extents {
-        QRectF rectangle;
-        bool isWindowRelative = false;
-    };
-    const auto found = worker_->ask<Extents>(
-        [address = object.address()](Room& room, Conversation& conversation) -> AXResult<Extents> {
+    const auto found = worker_->ask<PlacedRectangle>(
+        [address = object.address()](Room& room, Conversation& conversation) -> AXResult<PlacedRectangle> {
             const AtSpi::Toolkit toolkit = room.directory.toolkitOf(address.bus, conversation);
-            const AtSpi::Reply reply =
-                conversation.ask(address, Name::component, "GetExtents", {AtSpi::screenCoordinates});
-            if (!reply.ok()) return reply.error;
-            const auto rectangle = reply.rectangle();
-            if (!rectangle) return AXError::failure;
-            return Extents{*rectangle, toolkit == AtSpi::Toolkit::gtk4};
+            std::optional<QRectF> rectangle;
+            for (int i = 0; i < layoutAttempts; ++i) {
+                const AtSpi::Reply reply =
+                    conversation.ask(address, Name::component, "GetExtents", {AtSpi::screenCoordinates});
+                if (!reply.ok()) return reply.error;
+                rectangle = reply.rectangle();
+                if (!rectangle) return AXError::failure;
+                if (!AtSpi::isNotLaidOut(*rectangle, toolkit) || !conversation.pause(layoutPause)) break;
+            }
+            if (AtSpi::isNotLaidOut(*rectangle, toolkit)) return AXError::failure;
+            return AtSpi::placed(*rectangle, address, room.directory, conversation);
         });
-    if (!found.ok()) return found.error;
-    QRectF rectangle = found.value.rectangle;
-    if (!found.value.isWindowRelative) return rectangle;
-    // GTK 4 does not know where on the desktop its window is.
+    return found.ok() ? onDesktop(found.value, object.process()) : AXResult<QRectF>(found.error);
+}
+
+AXResult<QRectF> AtSpiAccessibility::onDesktop(const PlacedRectangle& placed,
+                                               qint32 processIdentifier) const {
+    if (!placed.isWindowRelative && !placed.lowerEdge) return placed.rectangle;
     if (!windows_) return AXError::failure;
-    auto window = windows_->activeWindow(object.process());
+    auto window = windows_->activeWindow(processIdentifier);
     if (!window) {
-        const auto all = windows_->windows(object.process());
+        const auto all = windows_->windows(processIdentifier);
         if (all.empty()) return AXError::failure;
         window = all.front();
     }
-    rectangle.translate(window->clientOrigin);
-    return rectangle;
+    if (placed.isWindowRelative) return placed.rectangle.translated(window->client.topLeft());
+    const double missing = window->client.bottom() - *placed.lowerEdge;
+    const bool isMenuBar = missing > 0 && missing < tallestMenuBar;
+    return isMenuBar ? placed.rectangle.translated(0, missing) : placed.rectangle;
 }
 
 AXResult<AXValue> AtSpiAccessibility::copyParameterizedAttributeValue(const AXElementRef& element,
@@ -246,10 +257,14 @@ AXResult<AXValue> AtSpiAccessibility::copyParameterizedAttributeValue(const AXEl
     if (attribute != AXAttribute::boundsForRange || target->kind() != AtSpiElement::Kind::object) {
         return AXError::parameterizedAttributeUnsupported;
     }
-    return worker_->ask<AXValue>(
-        [address = target->address(), asked = *range](Room& room, Conversation& conversation) {
-            return asValue(TextAccess(address, room.directory, conversation).bounds(asked));
+    const auto found = worker_->ask<PlacedRectangle>(
+        [address = target->address(), asked = *range](
+            Room& room, Conversation& conversation) -> AXResult<PlacedRectangle> {
+            const auto bounds = TextAccess(address, room.directory, conversation).bounds(asked);
+            if (!bounds.ok()) return bounds.error;
+            return AtSpi::placed(bounds.value, address, room.directory, conversation);
         });
+    return found.ok() ? asValue(onDesktop(found.value, target->process())) : AXResult<AXValue>(found.error);
 }
 
 AXError AtSpiAccessibility::setAttributeValue(const AXElementRef& element, AXAttribute attribute,

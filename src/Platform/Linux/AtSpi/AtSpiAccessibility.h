@@ -11,6 +11,7 @@ class TopLevelWindows;
 namespace AtSpi {
 class AtSpiElement;
 class AtSpiWorker;
+struct PlacedRectangle;
 }  // namespace AtSpi
 
 /// What somebody who is about to post keys must know of an element.
@@ -51,6 +52,7 @@ private:
     AXResult<AXValue> ofObject(const AtSpi::AtSpiElement& object, AXAttribute attribute);
     AXResult<AXValue> focusedElement(qint32 processIdentifier);
     AXResult<QRectF> frame(const AtSpi::AtSpiElement& object);
+    AXResult<QRectF> onDesktop(const AtSpi::PlacedRectangle& placed, qint32 processIdentifier) const;
 
     TopLevelWindows* windows_;
     std::unique_ptr<AtSpi::AtSpiWorker> worker_;

@@ -63,6 +63,19 @@ std::vector<ObjectAddress> Reply::objects() const {
     return objects;
 }
 
+ObjectAddress Reply::object() const {
+    const auto found = container(value(), QDBusArgument::StructureType);
+    if (!found) return {};
+    const QDBusArgument& structure = *found;
+    ObjectAddress object;
+    QDBusObjectPath path;
+    structure.beginStructure();
+    structure >> object.bus >> path;
+    structure.endStructure();
+    object.path = path.path();
+    return object.path == QLatin1String(Name::nullPath) ? ObjectAddress{} : object;
+}
+
 std::optional<QRectF> Reply::rectangle() const {
     if (arguments.size() == 4)
         return QRectF(value(0).toInt(), value(1).toInt(), value(2).toInt(), value(3).toInt());

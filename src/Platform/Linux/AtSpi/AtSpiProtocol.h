@@ -61,6 +61,7 @@ enum class Role : quint32 {
     progressBar = 42,
     pushButton = 43,
     radioButton = 44,
+    rootPane = 46,
     scrollBar = 48,
     scrollPane = 49,
     slider = 51,
@@ -131,6 +132,8 @@ struct Reply {
     StateSet states() const;
     QStringList texts() const;
     std::vector<ObjectAddress> objects() const;
+    /// The one object; null when there is none.
+    ObjectAddress object() const;
     /// Four numbers in one structure, x, y, width, height.
     std::optional<QRectF> rectangle() const;
 };

@@ -10,6 +10,12 @@ constexpr Milliseconds registrationTimeout{2000};
 // As the registry names them; applications send nothing that nobody has registered for.
 constexpr const char* wantedEvents[] = {"object:state-changed:focused", "window:activate"};
 
+/// Something that holds fields and is none; a web page is none of these, and too large to look through.
+bool isContainer(Role role) {
+    return role == Role::panel || role == Role::scrollPane || role == Role::splitPane ||
+           role == Role::rootPane || role == Role::frame || role == Role::window || role == Role::dialog;
+}
+
 }  // namespace
 
 FocusTracker::FocusTracker(AtSpiBus& bus, ApplicationDirectory& directory)
@@ -64,8 +70,18 @@ AXResult<ObjectAddress> FocusTracker::focusedObject(qint32 processIdentifier, bo
         const auto tracked = focusedPaths_.constFind(bus);
         if (tracked == focusedPaths_.cend()) continue;
         const ObjectAddress object{bus, *tracked};
+        Pending role = conversation.call(object, Name::accessible, "GetRole");
         const Reply states = conversation.ask(object, Name::accessible, "GetState");
-        if (states.ok() && states.states().has(State::focused)) return object;
+        const Reply roleReply = conversation.reply(std::move(role));
+        if (states.ok() && states.states().has(State::focused)) {
+            if (!isContainer(static_cast<Role>(roleReply.number()))) return object;
+            // LibreOffice says of the pane around a document, last of all, that it has the focus.
+            const Toolkit toolkit = directory_.toolkitOf(bus, conversation);
+            const auto field = focusedFieldInside(object, toolkit, conversation);
+            if (!field) return object;
+            focusedPaths_.insert(bus, field->path);
+            return *field;
+        }
         if (states.ok() && !states.states().has(State::defunct)) {
             former = object;
         } else if (states.error == AXError::invalidUIElement) {

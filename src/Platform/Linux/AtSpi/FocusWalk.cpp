@@ -53,8 +53,17 @@ Level childrenOf(Level& level, Conversation& conversation) {
     return children;
 }
 
-bool isWorthEntering(const Node& node, Toolkit toolkit) {
-    if (!node.isKnown || node.states.has(State::managesDescendants)) return false;
+/// Whoever makes its children on demand may have any number of them. A text document says so, too, but only
+/// has the paragraphs on the screen.
+bool isEndless(const Node& node, Conversation& conversation) {
+    if (!node.states.has(State::managesDescendants)) return false;
+    if (!node.states.has(State::editable)) return true;
+    const Reply role = conversation.ask(node.object, Name::accessible, "GetRole");
+    return static_cast<Role>(role.number()) != Role::documentText;
+}
+
+bool isWorthEntering(const Node& node, Toolkit toolkit, Conversation& conversation) {
+    if (!node.isKnown || isEndless(node, conversation)) return false;
     // GTK 4 never says that anything is showing.
     return toolkit == Toolkit::gtk4 || node.states.has(State::showing);
 }
@@ -89,7 +98,8 @@ std::optional<Found> search(Level level, Toolkit toolkit, Conversation& conversa
         if (!focused.empty()) chain.push_back(focused.front().object);
         // Once something focused is found, only what lies inside it can be better.
         Level& branches = focused.empty() ? level : focused;
-        std::erase_if(branches, [&](const Node& node) { return !isWorthEntering(node, toolkit); });
+        std::erase_if(branches,
+                      [&](const Node& node) { return !isWorthEntering(node, toolkit, conversation); });
         level = childrenOf(branches, conversation);
     }
     if (chain.empty()) return {};
@@ -97,6 +107,12 @@ std::optional<Found> search(Level level, Toolkit toolkit, Conversation& conversa
 }
 
 }  // namespace
+
+std::optional<ObjectAddress> focusedFieldInside(const ObjectAddress& object, Toolkit toolkit,
+                                                Conversation& conversation) {
+    const auto found = search({{object, {}, false}}, toolkit, conversation);
+    return found && found->isEditable ? std::optional(found->object) : std::nullopt;
+}
 
 std::optional<ObjectAddress> walkToFocus(const QString& bus, Toolkit toolkit, Conversation& conversation) {
     Level root{{ObjectAddress{bus, QLatin1String(Name::rootPath)}, {}, true}};

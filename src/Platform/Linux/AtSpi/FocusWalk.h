@@ -12,4 +12,8 @@ namespace veltrin::AtSpi {
 /// For want of better only: browsers leave the focus flag on what has lost the focus.
 std::optional<ObjectAddress> walkToFocus(const QString& bus, Toolkit toolkit, Conversation& conversation);
 
+/// Looks inside an object that has the focus for the field that has it, too.
+std::optional<ObjectAddress> focusedFieldInside(const ObjectAddress& object, Toolkit toolkit,
+                                                Conversation& conversation);
+
 }  // namespace veltrin::AtSpi

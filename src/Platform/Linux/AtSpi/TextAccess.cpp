@@ -1,6 +1,7 @@
 #include "Platform/Linux/AtSpi/TextAccess.h"
 
 #include "Foundation/Characters.h"
+#include "Platform/Linux/AtSpi/PlacedRectangle.h"
 
 #include <algorithm>
 
@@ -89,6 +90,8 @@ AXResult<TextState> TextAccess::terminalState() {
         const qint64 first = std::max<qint64>(range.location - cut, 0);
         const qint64 last = range.location + range.length - cut;
         if (last > first) state.selection = TextRange{first, last - first};
+        // VTE puts both ends of what the mouse has selected at the end of its text.
+        state.isSelectionKnown = last > first;
     }
     return state;
 }
@@ -128,14 +131,22 @@ AXResult<QRectF> TextAccess::bounds(const TextRange& range) {
     }
     QVariantList arguments = offsetArguments(asked);
     arguments << screenCoordinates;
-    // Chromium lays out a page's text for accessibility when it is first asked, and is empty-handed that
-    // once.
-    const int attempts = facts.value.toolkit == Toolkit::chromium ? 3 : 1;
+    // Browsers lay out a page's text when they are first asked about it. Until then Chromium is empty-handed,
+    // and Gecko gives a place outside the field.
+    const Toolkit toolkit = facts.value.toolkit;
+    const bool isBrowser = toolkit == Toolkit::chromium || toolkit == Toolkit::gecko;
+    const int attempts = isBrowser ? 4 : 1;
     for (int i = 0; i < attempts; ++i) {
-        const Reply reply = conversation_.ask(holder, Name::text, "GetRangeExtents", arguments);
+        Pending extents = conversation_.call(holder, Name::text, "GetRangeExtents", arguments);
+        Pending field = conversation_.call(object_, Name::component, "GetExtents", {screenCoordinates});
+        const Reply reply = conversation_.reply(std::move(extents));
+        const auto area = conversation_.reply(std::move(field)).rectangle();
         if (!reply.ok()) return reply.error;
         const auto rectangle = reply.rectangle();
-        if (rectangle && (rectangle->width() > 0 || rectangle->height() > 0)) return *rectangle;
+        const bool isThere = rectangle && (rectangle->width() > 0 || rectangle->height() > 0);
+        const bool isInField =
+            isThere && (!area || (!isNotLaidOut(*area, toolkit) && area->contains(rectangle->center())));
+        if (isBrowser ? isInField : isThere) return *rectangle;
         if (i + 1 < attempts && !conversation_.pause(layoutPause)) break;
     }
     return AXError::failure;
@@ -234,7 +245,15 @@ AXError TextAccess::setSelectedRange(const TextRange& range) {
     }
     const auto isSet = [&target](const TextState& state) { return state.shows(target); };
     if (target.start == target.end) {
-        conversation_.tell(holder, Name::text, "SetCaretOffset", {static_cast<int>(target.start)});
+        // LibreOffice goes on selecting from where it was told to select last, until it is told of an empty
+        // selection.
+        if (toolkit == Toolkit::office) {
+            QVariantList nothing{0};
+            nothing << offsetArguments(target);
+            conversation_.tell(holder, Name::text, "SetSelection", nothing);
+        } else {
+            conversation_.tell(holder, Name::text, "SetCaretOffset", {static_cast<int>(target.start)});
+        }
         return await(holder, toolkit, isSet);
     }
 

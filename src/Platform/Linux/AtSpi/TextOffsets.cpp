@@ -25,6 +25,18 @@ QString withoutPadding(const QString& raw) {
     return text;
 }
 
+/// Qt Quick parts lines by the separators of its documents.
+QString withLineFeeds(QString raw) {
+    raw.replace(QChar::LineSeparator, u'\n');
+    raw.replace(QChar::ParagraphSeparator, u'\n');
+    return raw;
+}
+
+QString plain(const QString& raw, Toolkit toolkit) {
+    if (toolkit == Toolkit::gecko) return withoutPadding(raw);
+    return toolkit == Toolkit::qt ? withLineFeeds(raw) : raw;
+}
+
 qint64 pairCount(const QString& text) {
     qint64 pairs = 0;
     for (qsizetype i = 0; i < text.size(); ++i) {
@@ -35,7 +47,8 @@ qint64 pairCount(const QString& text) {
 
 }  // namespace
 
-Toolkit toolkitNamed(const QString& name, const QString& version) {
+Toolkit toolkitNamed(const QString& name, const QString& version, const QString& application) {
+    if (application == u"soffice") return Toolkit::office;
     if (name.compare(u"gtk", Qt::CaseInsensitive) == 0) {
         return version.startsWith(u"3.") || version.startsWith(u"2.") ? Toolkit::gtk3 : Toolkit::gtk4;
     }
@@ -46,7 +59,7 @@ Toolkit toolkitNamed(const QString& name, const QString& version) {
 }
 
 TextOffsets::TextOffsets(const QString& raw, qint64 characterCount, Toolkit toolkit)
-    : text_(toolkit == Toolkit::gecko ? withoutPadding(raw) : raw) {
+    : text_(plain(raw, toolkit)) {
     const qint64 pairs = pairCount(text_);
     hasPairs_ = pairs > 0;
     if (!hasPairs_ || toolkit == Toolkit::gecko) return;

@@ -7,10 +7,11 @@
 namespace veltrin::AtSpi {
 
 /// The toolkits whose accessibility differs in what this program needs.
-enum class Toolkit { other, gtk3, gtk4, qt, gecko, chromium };
+enum class Toolkit { other, gtk3, gtk4, qt, gecko, chromium, office };
 
-/// From the name and the version that an application states of its toolkit.
-Toolkit toolkitNamed(const QString& name, const QString& version);
+/// From the name and the version that an application states of its toolkit, and from its own name:
+/// LibreOffice states the one that its windows are drawn with.
+Toolkit toolkitNamed(const QString& name, const QString& version, const QString& application = {});
 
 /// A half-open range in the offsets of a toolkit.
 struct OffsetRange {
@@ -28,7 +29,7 @@ public:
     /// `raw` as the element gave it, `characterCount` as it counts that text (negative: unknown).
     TextOffsets(const QString& raw, qint64 characterCount, Toolkit toolkit);
 
-    /// The text, without the padding that one toolkit puts in.
+    /// The text, without the padding that one toolkit puts in, and with line feeds between its lines.
     const QString& text() const { return text_; }
     bool countsCodePoints() const { return countsCodePoints_; }
     /// The text's length in the toolkit's offsets.

@@ -9,6 +9,7 @@ struct PostTargetState {
     bool answered = false;  ///< its application answered in time; without it the rest says nothing
     bool isEditable = false;
     bool isPassword = false;
+    bool isElsewhere = false;  ///< another field of the application has the focus
 };
 
 /// Looks at a field through accessibility. Main thread; bounded.

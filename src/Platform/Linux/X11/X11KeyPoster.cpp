@@ -18,6 +18,8 @@ using Clock = std::chrono::steady_clock;
 constexpr milliseconds modifierPatience{300};
 constexpr milliseconds modifierLook{5};
 constexpr milliseconds answerPatience{250};
+constexpr milliseconds focusPatience{200};
+constexpr milliseconds focusLook{5};
 /// Locks do not count as held; they do not change what a chord means.
 constexpr unsigned heldMask = 0xFFU & ~(XCB_MOD_MASK_LOCK | XCB_MOD_MASK_2);
 
@@ -95,8 +97,15 @@ QString X11KeyPoster::refusalOfTerminal(const KeyPost& chord, quint64& flags, bo
 
 QString X11KeyPoster::refusalOfField(const KeyPost& chord) const {
     if (parts_.inspector == nullptr || !chord.target.element) return {};
-    const auto state = parts_.inspector->inspect(chord.target.element);
+    auto state = parts_.inspector->inspect(chord.target.element);
+    // A focus that was just asked for comes after a moment.
+    const auto deadline = Clock::now() + focusPatience;
+    while (state.answered && state.isElsewhere && Clock::now() < deadline) {
+        std::this_thread::sleep_for(focusLook);
+        state = parts_.inspector->inspect(chord.target.element);
+    }
     if (!state.answered) return QStringLiteral("the field does not answer");
+    if (state.isElsewhere) return QStringLiteral("another field has the focus");
     if (state.isPassword) return QStringLiteral("the field is a password field");
     const bool onlyReads = isChord(chord, KeyCode::c) || isChord(chord, KeyCode::a);
     if (!onlyReads && !state.isEditable) return QStringLiteral("the field cannot be edited");

@@ -1,0 +1,8 @@
+# What reading, locating and pasting cost in real applications: ./build/release/bin/veltrin_field_bench
+veltrin_sources(VELTRIN_FIELD_BENCH_SOURCES bench/fields support/fields)
+add_executable(veltrin_field_bench EXCLUDE_FROM_ALL ${VELTRIN_FIELD_BENCH_SOURCES})
+target_include_directories(veltrin_field_bench PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
+target_compile_definitions(veltrin_field_bench PRIVATE VELTRIN_SOURCE_DIR="${CMAKE_SOURCE_DIR}"
+                           VELTRIN_BINARY_DIR="${CMAKE_BINARY_DIR}")
+target_link_libraries(veltrin_field_bench PRIVATE veltrin_coordinator veltrin_linux veltrin_test_support)
+add_dependencies(veltrin_field_bench veltrin_desktop_keeper veltrin_test_editor veltrin_quick_editor)

@@ -1,0 +1,451 @@
+#include "desktop/matrix/FieldMatrix.h"
+
+#include "support/Slowdown.h"
+#include "support/desktop/DesktopTest.h"
+#include "support/desktop/Waiting.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace veltrin {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+const QString family = u"\U0001F468\u200D\U0001F469\u200D\U0001F467"_s;
+const QString sample = u"ab 中文 "_s + family + u" mid e\u0301 \U0001F600 tail"_s;
+const QString replacement = u"新 \U0001F600 new"_s;
+const QString usersClipboard = u"the user's own \U0001F4CB"_s;
+const QString restoredLine = u"Writeback clipboard restored"_s;
+
+constexpr double readSeconds = 3;  // an application tells of its changes when it finds the time
+constexpr double writeSeconds = 5;
+constexpr double undoSeconds = 0.7;  // no change within this is none
+constexpr double paintSeconds = 5;
+constexpr int mostUndoSteps = 4;
+
+std::unique_ptr<MatrixWorld>& world() {
+    static std::unique_ptr<MatrixWorld> world;
+    return world;
+}
+
+FieldState passageOf(const QString& passage) {
+    const auto start = sample.indexOf(passage);
+    return {sample, start, start + passage.size()};
+}
+
+QString trimmedContext(const QString& text) {
+    return text.trimmed();
+}
+
+/// The smallest rectangle that holds all pixels in which the images differ.
+QRect difference(const QImage& before, const QImage& after) {
+    QRect found;
+    for (int y = 0; y < before.height(); ++y) {
+        const auto* a = reinterpret_cast<const QRgb*>(before.constScanLine(y));
+        const auto* b = reinterpret_cast<const QRgb*>(after.constScanLine(y));
+        if (std::equal(a, a + before.width(), b)) continue;
+        for (int x = 0; x < before.width(); ++x) {
+            if (a[x] != b[x]) found = found.united(QRect(x, y, 1, 1));
+        }
+    }
+    return found;
+}
+
+}  // namespace
+
+MatrixWorld& MatrixWorld::shared() {
+    auto& one = veltrin::world();
+    if (!one) one = std::make_unique<MatrixWorld>();
+    return *one;
+}
+
+void MatrixWorld::end() {
+    veltrin::world().reset();
+}
+
+MatrixWorld::MatrixWorld()
+    : text(RealDesktop::shared()),
+      probe(RealDesktop::shared()),
+      clipboard(RealDesktop::shared()),
+      typist(RealDesktop::shared()) {
+    // Browsers ask once, at their start, whether anybody wants accessibility.
+    if (!text.accessibility.isProcessTrusted()) throw std::runtime_error("no accessibility");
+}
+
+FieldApplication& MatrixWorld::application(const QString& name) {
+    if (application_ && (application_->name() != name || !application_->program().isRunning())) {
+        application_.reset();
+        const pid_t own = probe.process();
+        for (const pid_t program : desktop().programs()) {
+            if (program != own) kill(program, SIGKILL);
+        }
+    }
+    if (!application_) application_ = std::make_unique<FieldApplication>(name, text, desktop(), probe);
+    return *application_;
+}
+
+const std::vector<FieldMatrix::Cell>& FieldMatrix::cells() {
+    static const std::vector<Cell> all = {
+        {"find", &FieldMatrix::find},
+        {"readSelection", &FieldMatrix::readSelection},
+        {"readCaret", &FieldMatrix::readCaret},
+        {"readLines", &FieldMatrix::readLines},
+        {"readEmpty", &FieldMatrix::readEmpty},
+        {"anchorSelection", &FieldMatrix::anchorSelection},
+        {"anchorCaret", &FieldMatrix::anchorCaret},
+        {"pasteSelection", &FieldMatrix::pasteSelection},
+        {"pasteCaret", &FieldMatrix::pasteCaret},
+        {"pasteAll", &FieldMatrix::pasteAll},
+        {"directSelection", &FieldMatrix::directSelection},
+        {"directCaret", &FieldMatrix::directCaret},
+        {"directAll", &FieldMatrix::directAll},
+    };
+    return all;
+}
+
+void FieldMatrix::SetUp() {
+    FieldApplication& used = application();
+    world().typist.moveMouse({world().x().screen().width_in_pixels - 1, 0});
+    if (world().x().activeWindow() != used.window()) {
+        ASSERT_TRUE(world().x().activate(used.window(), 5 * patience));
+    }
+    world().clipboard.ownText(usersClipboard);
+}
+
+void FieldMatrix::TearDown() {
+    expectNothingHeld(world().desktop());
+    if (HasFailure()) {
+        const QString path =
+            u"/tmp/matrix-%1-%2-%3.png"_s.arg(row_.application, row_.field, QString::fromLatin1(cell_.name));
+        world().x().screenshot(path);
+    }
+}
+
+void FieldMatrix::TestBody() {
+    const QString cell = QString::fromLatin1(cell_.name);
+    const QString outcome = (this->*cell_.run)();
+    MatrixTable::shared().found(row_, cell, outcome);
+    RecordProperty("outcome", outcome.toStdString());
+    if (MatrixTable::isRecording())
+        std::printf("%s: %s: %s\n", qPrintable(row_.title), cell_.name, qPrintable(outcome));
+    if (!MatrixTable::isRecording()) {
+        EXPECT_EQ(outcome, MatrixTable::shared().expected(row_, cell));
+    }
+}
+
+bool FieldMatrix::isTerminal() const {
+    return row_.application.contains(u"term");
+}
+
+bool FieldMatrix::isOneLine() const {
+    return row_.field == u"line" || row_.field == u"input" || row_.application == u"libreoffice-writer";
+}
+
+/// Sets the field and waits until the application has told of it.
+void FieldMatrix::set(const FieldState& state) {
+    field().set(state);
+    const bool isSet = waitUntil(readSeconds * patience, [&] {
+        const FieldState now = field().state();
+        return now == state || (isTerminal() && now.text == state.text);
+    });
+    if (!isSet) {
+        const FieldState now = field().state();
+        ADD_FAILURE() << "the test could not set the field; it holds " << qPrintable(now.text) << ' '
+                      << now.start << ' ' << now.end;
+    }
+}
+
+QString FieldMatrix::find() {
+    set({sample, 0, 0});
+    AXElementRef element;
+    const bool found = waitUntil(readSeconds * patience, [&] {
+        element = focusedElement(text().accessibility, application().process());
+        const auto value = element ? readAttribute<QString>(text().accessibility, element, AXAttribute::value)
+                                   : AttributeReading<QString>();
+        return value.value == sample;
+    });
+    if (!found) return u"none"_s;
+    return readAttribute<QString>(text().accessibility, element, AXAttribute::role).value.value_or(u"?"_s);
+}
+
+/// What a read gives of the passage that is selected in the field.
+QString FieldMatrix::readPassage(const FieldState& state) {
+    set(state);
+    const QString passage = state.text.mid(state.start, state.end - state.start);
+    ExternalTextReadResult read;
+    const TextRange range{state.start, state.end - state.start};
+    const bool isRight = waitUntil(readSeconds * patience, [&] {
+        read = text().reader.readFocusedText();
+        return read.selectedText == passage && read.selectedRange == range && read.fullText == state.text;
+    });
+    if (!isRight && read.source == ExternalTextReadResult::Source::none) return u"nothing"_s;
+    if (!isRight && read.source == ExternalTextReadResult::Source::value && read.text == state.text)
+        return u"whole text"_s;
+    if (!isRight) {
+        ADD_FAILURE() << "read " << qPrintable(read.text) << " of " << qPrintable(read.fullText)
+                      << " instead of " << qPrintable(passage);
+        return u"wrong"_s;
+    }
+    EXPECT_EQ(read.text, passage);
+    EXPECT_EQ(read.textContext.contextBefore, trimmedContext(state.text.left(state.start)));
+    EXPECT_EQ(read.textContext.contextAfter, trimmedContext(state.text.mid(state.end)));
+    EXPECT_FALSE(read.requiresClipboardWriteback);
+    EXPECT_EQ(read.processIdentifier, application().process());
+    return u"selection"_s;
+}
+
+/// A word that the user has selected with the mouse, at the upper left of the screen.
+QString FieldMatrix::readTerminalSelection() {
+    set({u"word and more"_s, 13, 13});
+    const QRectF element = elementOnScreen();
+    const QPointF corner = element.isValid()
+                               ? element.topLeft()
+                               : QPointF(world().x().geometry(application().window()).topLeft());
+    world().typist.click((corner + QPointF(14, 10)).toPoint(), 2);
+    ExternalTextReadResult read;
+    const bool isRight = waitUntil(readSeconds * patience, [&] {
+        read = text().reader.readFocusedText();
+        return read.selectedText == u"word"_s && read.fullText == u"word and more"_s;
+    });
+    if (isRight) return u"selection"_s;
+    EXPECT_EQ(read.source, ExternalTextReadResult::Source::none) << qPrintable(read.text);
+    return u"nothing"_s;
+}
+
+QString FieldMatrix::readSelection() {
+    if (isTerminal()) return readTerminalSelection();
+    const FieldState states[] = {passageOf(u"mid"_s),        passageOf(u"中文"_s),
+                                 passageOf(family),          passageOf(u"e\u0301"_s),
+                                 passageOf(u"\U0001F600"_s), {sample, sample.indexOf(family), sample.size()},
+                                 {sample, 0, sample.size()}};
+    QStringList outcomes;
+    for (const FieldState& state : states) {
+        const QString outcome = readPassage(state);
+        if (!outcomes.contains(outcome)) outcomes << outcome;
+    }
+    return outcomes.join(u" or "_s);
+}
+
+QString FieldMatrix::readCaret() {
+    QStringList outcomes;
+    for (const QString& before : {u""_s, u"ab 中文 "_s + family, sample}) {
+        const qsizetype at = before.size();
+        if (isTerminal() && at != sample.size()) continue;
+        set({sample, at, at});
+        ExternalTextReadResult read;
+        const bool isRight = waitUntil(readSeconds * patience, [&] {
+            read = text().reader.readFocusedText();
+            return read.text == sample && read.selectedRange == TextRange{at, 0};
+        });
+        QString outcome = u"whole text"_s;
+        if (!isRight && read.source == ExternalTextReadResult::Source::none) {
+            outcome = u"nothing"_s;
+        } else if (!isRight) {
+            ADD_FAILURE() << "read " << qPrintable(read.text) << " at "
+                          << (read.selectedRange ? read.selectedRange->location : -1) << " instead of " << at;
+            outcome = u"wrong"_s;
+        } else {
+            EXPECT_FALSE(read.selectedText);
+            EXPECT_EQ(read.fullText, sample);
+            EXPECT_EQ(read.textContext.focusText, sample);
+        }
+        if (!outcomes.contains(outcome)) outcomes << outcome;
+    }
+    return outcomes.join(u" or "_s);
+}
+
+QString FieldMatrix::readLines() {
+    if (isOneLine()) return u"–"_s;
+    const QString lines = u"one "_s + family + u"\ntwo 中文\n\nfour e\u0301"_s;
+    if (isTerminal()) {
+        set({lines, lines.size(), lines.size()});
+        ExternalTextReadResult read;
+        const bool isRight = waitUntil(readSeconds * patience, [&] {
+            read = text().reader.readFocusedText();
+            return read.text == lines;
+        });
+        if (!isRight && read.source == ExternalTextReadResult::Source::none) return u"nothing"_s;
+        EXPECT_EQ(read.text, lines);
+        return isRight ? u"whole text"_s : u"wrong"_s;
+    }
+    const qsizetype second = lines.indexOf(u"two"_s);
+    QStringList outcomes;
+    for (const FieldState& state :
+         {FieldState{lines, second, second + 6}, FieldState{lines, 4, second + 3}}) {
+        const QString outcome = readPassage(state);
+        if (!outcomes.contains(outcome)) outcomes << outcome;
+    }
+    return outcomes.join(u" or "_s);
+}
+
+QString FieldMatrix::readEmpty() {
+    set({QString(), 0, 0});
+    ExternalTextReadResult read;
+    waitUntil(readSeconds * patience, [&] {
+        read = text().reader.readFocusedText();
+        return read.source == ExternalTextReadResult::Source::none;
+    });
+    if (read.source == ExternalTextReadResult::Source::none && read.text.isEmpty()) return u"nothing"_s;
+    ADD_FAILURE() << "read " << qPrintable(read.text) << " of an empty field";
+    return u"wrong"_s;
+}
+
+QRectF FieldMatrix::selectionOnScreen(qsizetype start, qsizetype end) {
+    // Only around the field: tool bars and status lines change, too.
+    QRect area = world().x().geometry(application().window());
+    const QRectF element = elementOnScreen();
+    if (element.isValid()) area &= element.toAlignedRect().adjusted(-30, -30, 30, 30);
+    // What was painted last may still be under way: two pictures alike, or there is something that moves.
+    const auto still = [&] {
+        QImage last = world().x().image(area);
+        waitUntil(paintSeconds, [&] {
+            runEventLoopFor(0.03);
+            const QImage now = world().x().image(area);
+            return std::exchange(last, now) == now;
+        });
+        return last;
+    };
+    field().select(start, start);
+    const QImage before = still();
+    field().select(start, end);
+    QRect changed;
+    waitUntil(paintSeconds, [&] {
+        changed = difference(before, still());
+        return changed.width() > 3;
+    });
+    return changed.isEmpty() ? QRectF() : QRectF(changed.translated(area.topLeft()));
+}
+
+QRectF FieldMatrix::elementOnScreen() {
+    const auto element = focusedElement(text().accessibility, application().process());
+    if (!element) return {};
+    const auto position = readAttribute<QPointF>(text().accessibility, element, AXAttribute::position);
+    const auto size = readAttribute<QSizeF>(text().accessibility, element, AXAttribute::size);
+    return position.value && size.value ? QRectF(*position.value, *size.value) : QRectF();
+}
+
+/// Which way the anchor was found for `state`; `measured` is the passage that it should stand at.
+QString FieldMatrix::anchor(const FieldState& state, const FieldState& measured) {
+    set(measured);
+    const QRectF onScreen = isTerminal() ? QRectF() : selectionOnScreen(measured.start, measured.end);
+    set(state);
+    const TextRange range{state.start, state.end - state.start};
+    waitUntil(readSeconds * patience, [&] { return text().reader.readFocusedText().selectedRange == range; });
+    const auto anchorRect = text().locator.bestAnchorRect();
+    if (!anchorRect) return u"none"_s;
+    // The anchor's origin is at the bottom left.
+    QRectF found = *anchorRect;
+    found.moveTop(world().x().screen().height_in_pixels - anchorRect->y() - anchorRect->height());
+
+    const QRectF element = elementOnScreen();
+    const QRectF window(world().x().geometry(application().window()));
+    const auto print = [](const QRectF& r) {
+        return u"(%1 %2 %3×%4)"_s.arg(r.x()).arg(r.y()).arg(r.width()).arg(r.height()).toStdString();
+    };
+    SCOPED_TRACE("anchor " + print(found) + " passage " + print(onScreen) + " element " + print(element) +
+                 " window " + print(window));
+    const auto contains = [](const QRectF& outer, const QRectF& inner, double slack) {
+        return outer.adjusted(-slack, -slack, slack, slack).contains(inner);
+    };
+    const bool isElement = element.isValid() && contains(element, found, 1) && contains(found, element, 1);
+    if (isElement) {
+        EXPECT_TRUE(contains(window, found, 2));
+        EXPECT_TRUE(onScreen.isEmpty() || contains(found, onScreen, 4));
+        return u"element"_s;
+    }
+    if (!onScreen.isEmpty() && std::abs(found.left() - onScreen.left()) <= 6 &&
+        std::abs(found.right() - onScreen.right()) <= 8 && found.top() <= onScreen.center().y() &&
+        found.bottom() >= onScreen.center().y() && found.height() < 60) {
+        return u"text"_s;
+    }
+    // The window's estimate stands along its lower edge.
+    if (!element.isValid() && contains(window, found, 8) && found.bottom() > window.bottom() - 40)
+        return u"window"_s;
+    if (isTerminal() && contains(window, found, 2) && found.height() < 60) return u"text"_s;
+    ADD_FAILURE() << "the anchor stands nowhere";
+    return u"wrong"_s;
+}
+
+QString FieldMatrix::anchorSelection() {
+    if (isTerminal()) return u"–"_s;
+    const FieldState passage = passageOf(u"mid"_s);
+    return anchor(passage, passage);
+}
+
+QString FieldMatrix::anchorCaret() {
+    const FieldState passage = passageOf(u"mid"_s);
+    const FieldState caret{sample, passage.start, passage.start};
+    return anchor(isTerminal() ? FieldState{sample, sample.size(), sample.size()} : caret,
+                  {sample, passage.start, passage.start + 1});
+}
+
+void FieldMatrix::expectClipboardBack() {
+    std::optional<QString> now;
+    eventually(3 * patience, [&] {
+        now = world().clipboard.text();
+        return now == usersClipboard;
+    });
+    EXPECT_EQ(now, usersClipboard) << "the clipboard is not the user's again";
+}
+
+/// Whether Ctrl+Z, a few times perhaps, brings the field back to what it held.
+QString FieldMatrix::undone(const FieldState& before) {
+    for (int step = 1; step <= mostUndoSteps; ++step) {
+        const QString former = field().state().text;
+        world().typist.chord(u"Ctrl+z"_s);
+        const bool changed =
+            waitUntil(undoSeconds * patience, [&] { return field().state().text != former; });
+        if (field().state().text == before.text) return u"undo"_s;
+        if (!changed) break;
+    }
+    return u"no undo"_s;
+}
+
+QString FieldMatrix::write(Road road, Place place) {
+    const FieldState passage = passageOf(u"mid"_s);
+    FieldState before = passage;
+    QString expected = sample;
+    if (place == Place::caret) {
+        before = {sample, passage.start, passage.start};
+        expected.insert(passage.start, replacement);
+    } else if (place == Place::selection) {
+        expected.replace(passage.start, passage.end - passage.start, replacement);
+    } else {
+        expected = replacement;
+    }
+    if (isTerminal()) {
+        // Whatever is written into a terminal comes in at its prompt.
+        before = {sample, sample.size(), sample.size()};
+        expected = sample + replacement;
+        if (place == Place::selection) return u"–"_s;
+    }
+    set(before);
+    ExternalTextReadResult read;
+    const TextRange range{before.start, before.end - before.start};
+    waitUntil(readSeconds * patience, [&] {
+        read = text().reader.readFocusedText();
+        return read.fullText == before.text && read.selectedRange == range;
+    });
+    ExternalTextWriteback& writeback = road == Road::paste ? text().writeback : text().directWriteback;
+    const auto result = writeback.apply(replacement, read, place == Place::all);
+    if (!result.success) {
+        expectClipboardBack();
+        EXPECT_EQ(field().state().text, before.text) << "a refused write changed the field";
+        EXPECT_EQ(field().state(), before) << "a refused write left another selection";
+        return u"copied result"_s;
+    }
+    FieldState after;
+    waitUntil(writeSeconds * patience, [&] {
+        after = field().state();
+        return after.text == expected;
+    });
+    EXPECT_EQ(after.text, expected);
+    if (place != Place::selection) writeback.runPendingRestores();
+    expectClipboardBack();
+    const QString way = result.strategy == WritebackStrategy::clipboardPaste ? u"paste"_s : u"direct"_s;
+    if (after.text != expected) return u"wrong"_s;
+    return isTerminal() ? way : way + u", "_s + undone(before);
+}
+
+}  // namespace veltrin

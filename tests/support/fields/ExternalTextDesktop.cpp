@@ -1,0 +1,20 @@
+#include "support/fields/ExternalTextDesktop.h"
+
+namespace veltrin {
+
+ExternalTextDesktop::ExternalTextDesktop(RealDesktop& desktop)
+    : connection((desktop.applyToThisProcess(), X11Connection::open())),
+      windows(*connection),
+      workspace(windows, entries),
+      screens(*connection),
+      accessibility(&topLevelWindows),
+      inspector_(accessibility),
+      poster(windows, {{}, &inspector_, [this](quint64 window) { pasteboard.pastePosted(window); }}),
+      preferences(desktop.file(QStringLiteral("preferences.json"))),
+      reader(accessibility, workspace, preferences),
+      locator(accessibility, workspace, screens),
+      writeback(accessibility, workspace, pasteboard, poster, runLoop),
+      directWriteback(accessibility, workspace, pasteboard, refusingPoster, runLoop) {
+}
+
+}  // namespace veltrin

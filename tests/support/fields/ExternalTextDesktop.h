@@ -1,0 +1,55 @@
+#pragma once
+
+#include "ExternalAccess/ExternalTextInputLocator.h"
+#include "ExternalAccess/ExternalTextInputReader.h"
+#include "ExternalAccess/ExternalTextWriteback.h"
+#include "Platform/Linux/AtSpi/AtSpiAccessibility.h"
+#include "Platform/Linux/DesktopEntries.h"
+#include "Platform/Linux/FieldInspector.h"
+#include "Platform/Linux/FilePreferences.h"
+#include "Platform/Linux/QtRunLoop.h"
+#include "Platform/Linux/X11/X11KeyPoster.h"
+#include "Platform/Linux/X11/X11Pasteboard.h"
+#include "Platform/Linux/X11/X11Screens.h"
+#include "Platform/Linux/X11/X11Workspace.h"
+#include "Platform/Linux/X11TopLevelWindows.h"
+#include "support/desktop/RealDesktop.h"
+
+namespace veltrin {
+
+/// The program's own reading, locating and writing over its own adapters, in the test's process, on a test
+/// desktop.
+class ExternalTextDesktop {
+public:
+    explicit ExternalTextDesktop(RealDesktop& desktop);
+
+    QtRunLoop runLoop;
+    std::unique_ptr<X11Connection> connection;
+    X11Windows windows;
+    DesktopEntries entries;
+    X11Workspace workspace;
+    X11Screens screens;
+    X11Pasteboard pasteboard;
+    X11TopLevelWindows topLevelWindows;
+    AtSpiAccessibility accessibility;
+
+private:
+    /// Posts nothing, so that writing goes its second way.
+    class RefusingPoster final : public KeyPoster {
+    public:
+        PostResult post(const KeyPost&) override { return {false, QStringLiteral("refused by the test")}; }
+    };
+    FieldInspector inspector_;
+
+public:
+    X11KeyPoster poster;
+    RefusingPoster refusingPoster;
+    FilePreferences preferences;
+    ExternalTextInputReader reader;
+    ExternalTextInputLocator locator;
+    ExternalTextWriteback writeback;
+    /// Without the paste.
+    ExternalTextWriteback directWriteback;
+};
+
+}  // namespace veltrin
