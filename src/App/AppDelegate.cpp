@@ -2,6 +2,7 @@
 
 #include "AI/OllamaClient.h"
 #include "Data/AppSettings.h"
+#include "Data/DataStore.h"
 #include "Expression/ExpressionMemoryStore.h"
 #include "Foundation/MVPLog.h"
 #include "Platform/RunLoop.h"
@@ -52,6 +53,7 @@ AppDelegate::AppDelegate(const Desktop& desktop, const Shared& shared)
 AppDelegate::~AppDelegate() = default;
 
 void AppDelegate::applicationDidFinishLaunching() {
+    shared_.data.clipboard.startMonitoring();
     MVPLog::write("MVP App launched");
     permissions_.logAll();
     permissions_.promptAccessibilityIfNeeded();

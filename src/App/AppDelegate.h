@@ -24,6 +24,7 @@
 namespace veltrin {
 
 class AppSettings;
+struct DataStore;
 class ExpressionMemoryStore;
 class OllamaClient;
 class UserBehaviorTracker;
@@ -40,6 +41,7 @@ public:
         OllamaClient& client;
         ExpressionMemoryStore& expressionMemory;
         UserBehaviorTracker& behaviors;
+        DataStore& data;
     };
 
     AppDelegate(const Desktop& desktop, const Shared& shared);

@@ -5,6 +5,7 @@
 #include "App/AppDelegate.h"
 #include "Data/AppSettings.h"
 #include "Data/DataDirectory.h"
+#include "Data/DataStore.h"
 #include "Expression/ExpressionMemoryStore.h"
 #include "Foundation/MVPLog.h"
 #include "Platform/Linux/AtSpi/AtSpiAccessibility.h"
@@ -24,6 +25,7 @@
 #include "Platform/Linux/X11/X11Workspace.h"
 #include "Platform/Linux/X11TopLevelWindows.h"
 #include "Session/UserBehaviorTracker.h"
+#include "Session/WorkSessionManager.h"
 #include "UI/Overlays/QuickFloatingPanels.h"
 
 #include <QGuiApplication>
@@ -80,11 +82,13 @@ struct CompositionRoot::Objects {
     OllamaClient client{httpClient, settings};
     AgentTeamManager agents{appSupportDir(environment), preferences, runLoop};
     ExpressionMemoryStore expressionMemory{preferences};
+    DataStore data{appSupportDir(environment), runLoop, pasteboard, workspace, preferences};
+    WorkSessionManager workSession{runLoop, preferences, workspace, notifications};
     UserBehaviorTracker behaviors{appSupportDir(environment), runLoop};
     AppDelegate delegate{
         Desktop{runLoop, keyEventTaps, keyPoster, accessibility, pasteboard, workspace, screens, preferences,
                 httpClient, floatingPanels, processControl, environment},
-        AppDelegate::Shared{settings, notifications, client, expressionMemory, behaviors}};
+        AppDelegate::Shared{settings, notifications, client, expressionMemory, behaviors, data}};
 
     bool usesDarkPopups() const {
         switch (settings.popupAppearance()) {

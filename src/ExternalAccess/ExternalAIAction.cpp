@@ -6,7 +6,7 @@ ExternalGestureAIAction ExternalGestureAIAction::optimize(ExternalOptimizeMode m
     return ExternalGestureAIAction(Optimize{mode});
 }
 
-ExternalGestureAIAction ExternalGestureAIAction::memoryAction(ExternalMemoryAction preset, int agentSlot) {
+ExternalGestureAIAction ExternalGestureAIAction::memoryAction(MemoryActionPreset preset, int agentSlot) {
     return ExternalGestureAIAction(MemoryAction{std::move(preset), agentSlot});
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AI/CommandRecommendation.h"
+#include "Data/MemoryActionPreset.h"
 #include "Expression/ExpressionIntentEngine.h"
 #include "Foundation/Error.h"
 
@@ -16,14 +17,6 @@ namespace veltrin {
 
 enum class ExternalOptimizeMode { refine = 1, restructure = 2, modelAdapt = 3, outputFormat = 4 };
 
-/// The texts of a shortcut action as the pipeline needs them.
-struct ExternalMemoryAction {
-    QString title;
-    QString description;
-    QString instruction;
-    friend bool operator==(const ExternalMemoryAction&, const ExternalMemoryAction&) = default;
-};
-
 /// What is to be done to a piece of foreign text.
 class ExternalGestureAIAction {
 public:
@@ -31,7 +24,7 @@ public:
         ExternalOptimizeMode mode = ExternalOptimizeMode::refine;
     };
     struct MemoryAction {
-        ExternalMemoryAction preset;
+        MemoryActionPreset preset;
         int agentSlot = 0;  ///< counted from zero
     };
     struct Translate {};
@@ -39,7 +32,7 @@ public:
     using Payload = std::variant<Optimize, MemoryAction, Translate, CommandRecommend>;
 
     static ExternalGestureAIAction optimize(ExternalOptimizeMode mode);
-    static ExternalGestureAIAction memoryAction(ExternalMemoryAction preset, int agentSlot);
+    static ExternalGestureAIAction memoryAction(MemoryActionPreset preset, int agentSlot);
     static ExternalGestureAIAction translate();
     static ExternalGestureAIAction commandRecommend();
 

@@ -102,7 +102,7 @@ ExpressionRequest expressionRequest(const Run& run) {
         request.trigger = ExpressionTrigger::optimize;
         request.optimizeMode = static_cast<OptimizeCompileMode>(static_cast<int>(optimize->mode) - 1);
     } else if (const auto* memory = std::get_if<Action::MemoryAction>(&run.action.payload())) {
-        const ExternalMemoryAction& preset = memory->preset;
+        const MemoryActionPreset& preset = memory->preset;
         ExpressionMode mode;
         mode.name = preset.title;
         mode.agentSpec = AgentSpecCompiler::compile(preset.title, preset.description, preset.instruction);

@@ -80,8 +80,11 @@ std::optional<Date> dateFromIso8601(QStringView text) {
     if (!date.ok()) return std::nullopt;
     const auto moment = chrono::sys_days(date) + chrono::hours(hour) + chrono::minutes(minute) +
                         chrono::seconds(second - *offset);
-    return Date{
-        static_cast<double>(chrono::duration_cast<chrono::seconds>(moment.time_since_epoch()).count())};
+    const double seconds =
+        static_cast<double>(chrono::duration_cast<chrono::seconds>(moment.time_since_epoch()).count());
+    // An offset may lead out of the years that can be written again.
+    if (seconds < firstWritableSecond || seconds > lastWritableSecond) return std::nullopt;
+    return Date{seconds};
 }
 
 }  // namespace veltrin

@@ -27,6 +27,10 @@ namespace Notifications {
 inline const QString showMainWindow = QStringLiteral("VeltrinShowMainWindow");
 inline const QString showOnboarding = QStringLiteral("VeltrinShowOnboarding");
 inline const QString veltrinNavigateToDragWorkbench = QStringLiteral("VeltrinNavigateToDragWorkbench");
+// Nobody observes these yet; the cards follow the published state.
+inline const QString veltrinFatigueReminder = QStringLiteral("veltrinFatigueReminder");
+inline const QString veltrinPomodoroBreak = QStringLiteral("veltrinPomodoroBreak");
+inline const QString veltrinPomodoroResume = QStringLiteral("veltrinPomodoroResume");
 }  // namespace Notifications
 
 }  // namespace veltrin

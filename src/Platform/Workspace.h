@@ -11,7 +11,8 @@ struct RunningApplication {
     qint32 processIdentifier = 0;
     std::optional<QString> localizedName;
     std::optional<QString> bundleIdentifier;  ///< on Linux the desktop file id
-    quint64 window = 0;  ///< the desktop's own name of its active window; 0 when it has none
+    quint64 window = 0;             ///< the desktop's own name of its active window; 0 when it has none
+    std::optional<QString> icon{};  ///< the name of its icon in the desktop's theme, or the icon's file
 };
 
 enum class ActivateOptions { none, ignoringOtherApps };

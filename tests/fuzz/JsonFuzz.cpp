@@ -8,5 +8,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (!value) return 0;
     fuzz::check(Json::tryParse(value->serialized()) == value, "a value survives its own text");
     fuzz::check(Json::tryParse(value->serialized(2)) == value, "a value survives its own indented text");
+    fuzz::check(Json::tryParse(value->prettyPrinted()).has_value(), "the form of the files reads");
     return 0;
 }

@@ -128,6 +128,8 @@ std::optional<DesktopEntry> DesktopEntries::parse(const QString& id, const QByte
             entry.isHidden = value == QStringLiteral("true");
         } else if (key == QStringLiteral("StartupWMClass")) {
             entry.startupClass = value;
+        } else if (key == QStringLiteral("Icon")) {
+            entry.icon = value;
         } else if (key == QStringLiteral("Exec")) {
             entry.executable = programOf(value);
         } else if (key == QStringLiteral("Name")) {

@@ -15,6 +15,7 @@ struct DesktopEntry {
     QString name;           ///< in the user's language where the file has it
     QString startupClass;   ///< StartupWMClass; may be empty
     QString executable;     ///< the program's name without its folder; may be empty
+    QString icon;           ///< a name in the icon theme, or a file; may be empty
     bool isHidden = false;  ///< NoDisplay: a helper of another application
 };
 

@@ -186,16 +186,17 @@ TEST(ScreensOnX11, aWorkAreaMakesTheVisibleFrame) {
 }
 
 TEST(DesktopEntries, readsTheLocalizedNameAndTheProgram) {
-    const auto entry =
-        DesktopEntries::parse(QStringLiteral("a.b"),
-                              "# comment\n[Desktop Entry]\nType=Application\nName=Editor\n"
-                              "Name[de]=Bearbeiter\nName[zh_CN]=\xE7\xBC\x96\xE8\xBE\x91\n"
-                              "Exec=env A=1 \"/opt/My App/bin/edit\" %U\nStartupWMClass=Edit\n"
-                              "[Desktop Action x]\nName=Wrong\nExec=wrong\n",
-                              {QStringLiteral("zh_CN"), QStringLiteral("zh"), QStringLiteral("de")});
+    const auto entry = DesktopEntries::parse(
+        QStringLiteral("a.b"),
+        "# comment\n[Desktop Entry]\nType=Application\nName=Editor\n"
+        "Name[de]=Bearbeiter\nName[zh_CN]=\xE7\xBC\x96\xE8\xBE\x91\n"
+        "Exec=env A=1 \"/opt/My App/bin/edit\" %U\nStartupWMClass=Edit\nIcon=edit-text\n"
+        "[Desktop Action x]\nName=Wrong\nExec=wrong\n",
+        {QStringLiteral("zh_CN"), QStringLiteral("zh"), QStringLiteral("de")});
     ASSERT_TRUE(entry);
     EXPECT_EQ(entry->name, QString::fromUtf8("\xE7\xBC\x96\xE8\xBE\x91"));
     EXPECT_EQ(entry->executable, QStringLiteral("edit"));
+    EXPECT_EQ(entry->icon, QStringLiteral("edit-text"));
     EXPECT_EQ(entry->startupClass, QStringLiteral("Edit"));
     EXPECT_FALSE(entry->isHidden);
 }

@@ -46,6 +46,7 @@ public:
     const qint32 pid;
     std::optional<QString> name;
     std::optional<QString> bundleIdentifier;
+    std::optional<QString> icon;
     bool terminal = false;
     /// False for a program that gives accessibility nothing: every question about it fails with
     /// `accessibilityError`.

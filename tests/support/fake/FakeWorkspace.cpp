@@ -14,6 +14,7 @@ RunningApplication FakeWorkspace::describe(const FakeApplication& application) {
     description.processIdentifier = application.pid;
     description.localizedName = application.name;
     description.bundleIdentifier = application.bundleIdentifier;
+    description.icon = application.icon;
     description.window = application.activeWindow ? application.activeWindow->id : 0;
     return description;
 }

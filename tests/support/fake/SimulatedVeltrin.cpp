@@ -4,6 +4,8 @@ namespace veltrin {
 namespace {
 
 constexpr double idleStep = 0.1;
+/// The look at the clipboard.
+constexpr std::size_t standingTimers = 1;
 /// Longer than the double tap's longest idle guard.
 constexpr double pauseBeforeTaps = 2.1;
 
@@ -29,9 +31,13 @@ AppSettings& SimulatedVeltrin::settings() {
 
 void SimulatedVeltrin::launch() {
     client_.emplace(model, settings());
+    // In a folder that cannot be, so that the stores work from memory: the disk would dominate a simulation's
+    // time.
+    data_.emplace(QStringLiteral("/dev/null/Veltrin"), desktop.runLoop, desktop.pasteboard, desktop.workspace,
+                  desktop.preferences);
     delegate_ = std::make_unique<AppDelegate>(
         desktop.desktop(),
-        AppDelegate::Shared{settings(), notifications, *client_, expressionMemory_, behaviors_});
+        AppDelegate::Shared{settings(), notifications, *client_, expressionMemory_, behaviors_, *data_});
     delegate_->applicationDidFinishLaunching();
     desktop.runLoop.runDue();
 }
@@ -52,7 +58,7 @@ void SimulatedVeltrin::pressTranslateShortcut() {
 }
 
 bool SimulatedVeltrin::isIdle() const {
-    return model.pending() == 0 && desktop.runLoop.pendingTimers() == 0 &&
+    return model.pending() == 0 && desktop.runLoop.pendingTimers() == (data_ ? standingTimers : 0) &&
            desktop.floatingPanels.openCount() == 0 &&
            (!delegate_ || delegate_->engine().eventTapSuspendCount() == 0);
 }

@@ -3,6 +3,7 @@
 #include "AI/OllamaClient.h"
 #include "App/AppDelegate.h"
 #include "Data/AppSettings.h"
+#include "Data/DataStore.h"
 #include "Expression/ExpressionMemoryStore.h"
 #include "Session/UserBehaviorTracker.h"
 #include "support/fake/FakeDesktop.h"
@@ -34,12 +35,16 @@ public:
     /// The orderly end, as at a quit or a SIGTERM.
     void quit();
     /// The process is gone without a word.
-    void destroy() { delegate_.reset(); }
+    void destroy() {
+        delegate_.reset();
+        data_.reset();
+    }
 
     AppDelegate& delegate() { return *delegate_; }
     AppSettings& settings();
     ExpressionMemoryStore& expressionMemory() { return expressionMemory_; }
     UserBehaviorTracker& behaviors() { return behaviors_; }
+    DataStore& data() { return *data_; }
 
     void type(const QString& text) { desktop.keyboard.type(text); }
     /// Three taps of the space bar after a pause that lets them count.
@@ -47,7 +52,8 @@ public:
     /// The stored shortcut of the translation, `translateKey` with Option unless a test stores another.
     void pressTranslateShortcut();
 
-    /// Nothing is under way: no request, timer, panel or suspension.
+    /// Nothing is under way: no request, timer, panel or suspension. What runs for the whole of a run, as the
+    /// look at the clipboard, does not count.
     bool isIdle() const;
     /// Lets time pass until that is so; false when it is not after `limit` seconds.
     bool runUntilIdle(double limit = 120);
@@ -64,6 +70,7 @@ private:
     ExpressionMemoryStore expressionMemory_{desktop.preferences};
     /// In a folder that cannot be, so that it works from memory: the disk would dominate a simulation's time.
     UserBehaviorTracker behaviors_{QStringLiteral("/dev/null/Veltrin"), desktop.runLoop};
+    std::optional<DataStore> data_;
     std::unique_ptr<AppDelegate> delegate_;
 };
 

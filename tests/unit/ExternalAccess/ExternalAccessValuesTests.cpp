@@ -57,7 +57,9 @@ TEST(ExternalTextReadResult, saysWhereItsTextCameFrom) {
 TEST(ExternalGestureAIAction, hasALogNameTitlesAndLabels) {
     using Action = ExternalGestureAIAction;
     const Action optimize = Action::optimize(ExternalOptimizeMode::modelAdapt);
-    const Action memory = Action::memoryAction({QStringLiteral("口语 %1"), {}, {}}, 2);
+    MemoryActionPreset preset;
+    preset.title = QStringLiteral("口语 %1");
+    const Action memory = Action::memoryAction(preset, 2);
     EXPECT_EQ(optimize.logName(), QStringLiteral("optimize(3)"));
     EXPECT_EQ(memory.logName(), QStringLiteral("memoryAction(口语 %1,slot:3)"));
     EXPECT_EQ(Action::translate().logName(), QStringLiteral("translate"));

@@ -68,10 +68,11 @@ TEST(ExternalActionPipeline, theSurroundingsOfASelectionTravelWithTheRequest) {
 
 TEST(ExternalActionPipeline, aShortcutActionBringsItsAgentAndItsSlotCountedFromOne) {
     World world;
-    run(world,
-        Action::memoryAction(
-            {QStringLiteral("口语化"), QStringLiteral("说人话"), QStringLiteral("改得口语一些")}, 1),
-        session(source));
+    MemoryActionPreset preset;
+    preset.title = QStringLiteral("口语化");
+    preset.description = QStringLiteral("说人话");
+    preset.instruction = QStringLiteral("改得口语一些");
+    run(world, Action::memoryAction(preset, 1), session(source));
     ASSERT_EQ(world.requests.size(), 1U);
     EXPECT_EQ(world.requests[0].trigger, ExpressionTrigger::shortcut);
     const ExpressionMode mode = world.requests[0].mode.value_or(ExpressionMode());

@@ -76,6 +76,7 @@ RunningApplication X11Workspace::identify(xcb_window_t window, std::optional<qin
         result.bundleIdentifier = orNone(executable.isEmpty() ? className : executable);
     result.localizedName = orNone(entry && !entry->name.isEmpty() ? entry->name : className);
     if (!result.localizedName) result.localizedName = orNone(executable);
+    if (entry) result.icon = orNone(entry->icon);
     return result;
 }
 
