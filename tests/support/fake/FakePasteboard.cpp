@@ -6,6 +6,8 @@
 namespace veltrin {
 namespace {
 constexpr std::size_t historyLimit = 200;
+/// Keys are stamped to the nanosecond: one made right after a change may bear a hair less.
+constexpr double keyTimeStep = 1e-9;
 }  // namespace
 
 void FakePasteboard::take(Offer offer, const char* what) {
