@@ -139,6 +139,14 @@ SimulatedModel::Reply RandomUse::answer(const QString& prompt) {
         readByClipboard_ = nullptr;
         attempts_.push_back({prompt, field, range, run.byClipboard});
     }
+    if (run.byClipboard) {
+        // Accepted: without accessibility the fields of one window cannot be told apart.
+        const Field* read = fieldOf(run.targets.front());
+        for (const Field& other : fields_) {
+            if (read && other.window == read->window && other.field != read->field)
+                run.targets.push_back(other.field);
+        }
+    }
     const double delay = oneIn(3) ? seconds(0.02, 0.3) : seconds(0.1, 5);
     const int kind = below(20);
     if (kind == 0) return Reply::text(QStringLiteral("Too late."), 200);

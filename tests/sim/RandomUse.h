@@ -29,7 +29,8 @@ namespace veltrin {
 /// meanwhile; a caret whose field takes no selected text has its whole field replaced when the paste was
 /// refused; two writes within the restore's delay may lose the user's string; content without a plain string
 /// is not kept; keys that the application had yet to work off move the caret under a paste; a field that only
-/// the clipboard can read stays wholly selected, so that the user's next key replaces it.
+/// the clipboard can read stays wholly selected, so that the user's next key replaces it, and cannot
+/// be told from the others of its window.
 class RandomUse {
 public:
     explicit RandomUse(quint64 seed);
