@@ -3,13 +3,19 @@
 #include "AI/OllamaClient.h"
 #include "Foundation/RawValues.h"
 
+#include <QUuid>
+
 #include <functional>
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace veltrin {
 
 class RunLoop;
+struct DictionaryTerm;
+struct MemoryActionPreset;
+struct StoredPrompt;
 
 /// What is to become of a prompt.
 enum class OptimizeOption { refine, restructure, modelAdapt, outFmt };
@@ -43,6 +49,23 @@ public:
     QCoro::Task<QString> translate(QString text) const;
     /// The prompt `text`, rewritten. Leaves an entry in the history before it asks the model.
     QCoro::Task<QString> optimize(QString text, OptimizeOption option) const;
+
+    /// A quick action, or a term, after the user's description; it is in no list yet. An answer that cannot
+    /// be read gives one made of the description alone.
+    QCoro::Task<MemoryActionPreset> draftMemoryAction(QString description) const;
+    QCoro::Task<DictionaryTerm> draftDictionaryTerm(QString description) const;
+
+    /// The ids of the prompts that fit `query`, best first; empty when the model finds none.
+    QCoro::Task<std::vector<QUuid>> semanticSearch(QString query, std::vector<StoredPrompt> prompts) const;
+
+    /// A new prompt after the user's description; it is in no list yet. Throws `invalidResponse` for an
+    /// answer that holds none.
+    QCoro::Task<StoredPrompt> generatePrompt(QString description) const;
+    /// `prompt` with better words, led by the user's `instructions` unless they are blank. Throws
+    /// `invalidResponse` for an empty answer.
+    QCoro::Task<StoredPrompt> improvePrompt(StoredPrompt prompt, QString instructions) const;
+    /// Tags that fit `prompt`; may be empty.
+    QCoro::Task<QStringList> suggestTags(StoredPrompt prompt) const;
 
     /// What a task stands on; shared by the copies, and held by each task that is under way.
     struct Parts {

@@ -44,7 +44,8 @@ AppDelegate::AppDelegate(const Desktop& desktop, const Shared& shared)
       validator_(desktop.accessibility, desktop.workspace, shared.settings),
       expressions_(shared.client),
       actions_({desktop.runLoop, desktop.accessibility, shared.settings, engine_, debugPanel_, writeback_,
-                validator_, expressions_, shared.expressionMemory, shared.behaviors, shared.client}),
+                validator_, expressions_, shared.expressionMemory, shared.behaviors, shared.client,
+                shared.tasks}),
       translation_(engine_, locator_, reader_, actions_),
       gates_(shared.settings, appPolicy_),
       quitShortcut_(desktop.keyEventTaps, desktop.runLoop, desktop.processControl) {

@@ -26,6 +26,7 @@ namespace veltrin {
 class AppSettings;
 struct DataStore;
 class ExpressionMemoryStore;
+class ModelTasks;
 class OllamaClient;
 class UserBehaviorTracker;
 
@@ -42,6 +43,7 @@ public:
         ExpressionMemoryStore& expressionMemory;
         UserBehaviorTracker& behaviors;
         DataStore& data;
+        ModelTasks& tasks;
     };
 
     AppDelegate(const Desktop& desktop, const Shared& shared);

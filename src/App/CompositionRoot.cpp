@@ -2,6 +2,7 @@
 
 #include "AI/AgentTeamManager.h"
 #include "AI/OllamaClient.h"
+#include "AI/TaskMaterial.h"
 #include "App/AppDelegate.h"
 #include "Data/AppSettings.h"
 #include "Data/DataDirectory.h"
@@ -83,12 +84,13 @@ struct CompositionRoot::Objects {
     AgentTeamManager agents{appSupportDir(environment), preferences, runLoop};
     ExpressionMemoryStore expressionMemory{preferences};
     DataStore data{appSupportDir(environment), runLoop, pasteboard, workspace, preferences};
+    ModelTasks tasks{client, settings, runLoop, taskMaterial(agents, data.dictionary, data.history)};
     WorkSessionManager workSession{runLoop, preferences, workspace, notifications};
     UserBehaviorTracker behaviors{appSupportDir(environment), runLoop};
     AppDelegate delegate{
         Desktop{runLoop, keyEventTaps, keyPoster, accessibility, pasteboard, workspace, screens, preferences,
                 httpClient, floatingPanels, processControl, environment},
-        AppDelegate::Shared{settings, notifications, client, expressionMemory, behaviors, data}};
+        AppDelegate::Shared{settings, notifications, client, expressionMemory, behaviors, data, tasks}};
 
     bool usesDarkPopups() const {
         switch (settings.popupAppearance()) {

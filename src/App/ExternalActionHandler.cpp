@@ -1,6 +1,7 @@
 #include "App/ExternalActionHandler.h"
 
 #include "AI/AdaptiveRecommender.h"
+#include "AI/ModelTasks.h"
 #include "Data/AppSettings.h"
 #include "Debug/MVPDebugPanel.h"
 #include "Engines/ExpressionRunner.h"
@@ -13,12 +14,28 @@
 #include "Platform/RunLoop.h"
 #include "Session/UserBehaviorTracker.h"
 
+#include <utility>
+
 namespace veltrin {
 namespace {
 
 using BehaviorType = TrackedBehavior::BehaviorType;
 
 constexpr double copiedResultSeconds = 2.4;
+
+OptimizeOption optionOf(ExternalOptimizeMode mode) {
+    switch (mode) {
+        case ExternalOptimizeMode::refine:
+            return OptimizeOption::refine;
+        case ExternalOptimizeMode::restructure:
+            return OptimizeOption::restructure;
+        case ExternalOptimizeMode::modelAdapt:
+            return OptimizeOption::modelAdapt;
+        case ExternalOptimizeMode::outputFormat:
+            break;
+    }
+    return OptimizeOption::outFmt;
+}
 
 }  // namespace
 
@@ -29,8 +46,18 @@ QCoro::Task<void> ExternalActionHandler::handleExternalAIAction(ExternalGestureA
     co_await run;
 }
 
+ExternalAIActionRunner ExternalActionHandler::aiActionRunner(const ModelTasks& tasks) {
+    ExternalAIActionRunner runner;
+    runner.translateHandler = [tasks](QString text) { return tasks.translate(std::move(text)); };
+    runner.optimizeHandler = [tasks](QString text, ExternalOptimizeMode mode) {
+        return tasks.optimize(std::move(text), optionOf(mode));
+    };
+    return runner;
+}
+
 ExternalActionPipeline::Dependencies ExternalActionHandler::dependencies() {
     ExternalActionPipeline::Dependencies to;
+    to.aiActionRunner = aiActionRunner(parts_.tasks);
     to.showState = lifetime_.bind([this](ExternalAIActionState state, const std::optional<QRectF>& anchor) {
         showAIState(state, anchor);
     });

@@ -12,6 +12,7 @@ class Accessibility;
 class ExpressionMemoryStore;
 class ExpressionRunner;
 class MVPDebugPanel;
+class ModelTasks;
 class OllamaClient;
 class RunLoop;
 class SpaceGestureEngine;
@@ -34,12 +35,16 @@ public:
         ExpressionMemoryStore& memory;
         UserBehaviorTracker& behaviors;
         OllamaClient& client;
+        ModelTasks& tasks;
     };
 
     explicit ExternalActionHandler(const Parts& parts) : parts_(parts) {}
 
     /// One run of the pipeline; never throws.
     QCoro::Task<void> handleExternalAIAction(ExternalGestureAIAction action, ExternalTextSession session);
+
+    /// The plain tasks as the pipeline carries them.
+    static ExternalAIActionRunner aiActionRunner(const ModelTasks& tasks);
 
 private:
     ExternalActionPipeline::Dependencies dependencies();

@@ -4,6 +4,7 @@
 #include "Data/DictionaryStore.h"
 #include "Data/HistoryStore.h"
 #include "Data/MemoryActionStore.h"
+#include "Data/PromptStore.h"
 #include "Data/VoiceRecordStore.h"
 
 namespace veltrin {
@@ -17,12 +18,14 @@ struct DataStore {
           dictionary(folder, runLoop),
           clipboard(folder, runLoop, pasteboard, workspace),
           memoryActions(folder, runLoop, preferences),
+          prompts(folder, runLoop),
           voiceRecords(folder, runLoop) {}
 
     HistoryStore history;
     DictionaryStore dictionary;
     ClipboardStore clipboard;
     MemoryActionStore memoryActions;
+    PromptStore prompts;
     VoiceRecordStore voiceRecords;
 };
 

@@ -18,6 +18,7 @@ const QString replacement = u"新 \U0001F600 new"_s;
 const QString usersClipboard = u"the user's own \U0001F4CB"_s;
 const QString restoredLine = u"Writeback clipboard restored"_s;
 
+constexpr double shortSeconds = 0.2;
 constexpr double readSeconds = 3;  // an application tells of its changes when it finds the time
 constexpr double writeSeconds = 5;
 constexpr double undoSeconds = 0.7;  // no change within this is none
@@ -134,6 +135,20 @@ void FieldMatrix::TestBody() {
     }
 }
 
+/// What will not come is not waited for long, unless that is to be found out.
+double FieldMatrix::readingPatience() const {
+    const MatrixTable& table = MatrixTable::shared();
+    const bool isUnseen = table.expected(row_, u"find"_s) == u"none" ||
+                          table.expected(row_, QString::fromLatin1(cell_.name)) == u"nothing";
+    return (isUnseen && !MatrixTable::isRecording() ? shortSeconds : readSeconds) * patience;
+}
+
+double FieldMatrix::undoPatience() const {
+    const QString expected = MatrixTable::shared().expected(row_, QString::fromLatin1(cell_.name));
+    const bool isExpected = !expected.endsWith(u"no undo") || MatrixTable::isRecording();
+    return (isExpected ? undoSeconds : shortSeconds) * patience;
+}
+
 bool FieldMatrix::isTerminal() const {
     return row_.application.contains(u"term");
 }
@@ -159,7 +174,7 @@ void FieldMatrix::set(const FieldState& state) {
 QString FieldMatrix::find() {
     set({sample, 0, 0});
     AXElementRef element;
-    const bool found = waitUntil(readSeconds * patience, [&] {
+    const bool found = waitUntil(readingPatience(), [&] {
         element = focusedElement(text().accessibility, application().process());
         const auto value = element ? readAttribute<QString>(text().accessibility, element, AXAttribute::value)
                                    : AttributeReading<QString>();
@@ -175,7 +190,7 @@ QString FieldMatrix::readPassage(const FieldState& state) {
     const QString passage = state.text.mid(state.start, state.end - state.start);
     ExternalTextReadResult read;
     const TextRange range{state.start, state.end - state.start};
-    const bool isRight = waitUntil(readSeconds * patience, [&] {
+    const bool isRight = waitUntil(readingPatience(), [&] {
         read = text().reader.readFocusedText();
         return read.selectedText == passage && read.selectedRange == range && read.fullText == state.text;
     });
@@ -204,7 +219,7 @@ QString FieldMatrix::readTerminalSelection() {
                                : QPointF(world().x().geometry(application().window()).topLeft());
     world().typist.click((corner + QPointF(14, 10)).toPoint(), 2);
     ExternalTextReadResult read;
-    const bool isRight = waitUntil(readSeconds * patience, [&] {
+    const bool isRight = waitUntil(readingPatience(), [&] {
         read = text().reader.readFocusedText();
         return read.selectedText == u"word"_s && read.fullText == u"word and more"_s;
     });
@@ -234,7 +249,7 @@ QString FieldMatrix::readCaret() {
         if (isTerminal() && at != sample.size()) continue;
         set({sample, at, at});
         ExternalTextReadResult read;
-        const bool isRight = waitUntil(readSeconds * patience, [&] {
+        const bool isRight = waitUntil(readingPatience(), [&] {
             read = text().reader.readFocusedText();
             return read.text == sample && read.selectedRange == TextRange{at, 0};
         });
@@ -261,7 +276,7 @@ QString FieldMatrix::readLines() {
     if (isTerminal()) {
         set({lines, lines.size(), lines.size()});
         ExternalTextReadResult read;
-        const bool isRight = waitUntil(readSeconds * patience, [&] {
+        const bool isRight = waitUntil(readingPatience(), [&] {
             read = text().reader.readFocusedText();
             return read.text == lines;
         });
@@ -331,7 +346,7 @@ QString FieldMatrix::anchor(const FieldState& state, const FieldState& measured)
     const QRectF onScreen = isTerminal() ? QRectF() : selectionOnScreen(measured.start, measured.end);
     set(state);
     const TextRange range{state.start, state.end - state.start};
-    waitUntil(readSeconds * patience, [&] { return text().reader.readFocusedText().selectedRange == range; });
+    waitUntil(readingPatience(), [&] { return text().reader.readFocusedText().selectedRange == range; });
     const auto anchorRect = text().locator.bestAnchorRect();
     if (!anchorRect) return u"none"_s;
     // The anchor's origin is at the bottom left.
@@ -394,8 +409,7 @@ QString FieldMatrix::undone(const FieldState& before) {
     for (int step = 1; step <= mostUndoSteps; ++step) {
         const QString former = field().state().text;
         world().typist.chord(u"Ctrl+z"_s);
-        const bool changed =
-            waitUntil(undoSeconds * patience, [&] { return field().state().text != former; });
+        const bool changed = waitUntil(undoPatience(), [&] { return field().state().text != former; });
         if (field().state().text == before.text) return u"undo"_s;
         if (!changed) break;
     }
@@ -423,7 +437,7 @@ QString FieldMatrix::write(Road road, Place place) {
     set(before);
     ExternalTextReadResult read;
     const TextRange range{before.start, before.end - before.start};
-    waitUntil(readSeconds * patience, [&] {
+    waitUntil(readingPatience(), [&] {
         read = text().reader.readFocusedText();
         return read.fullText == before.text && read.selectedRange == range;
     });

@@ -76,6 +76,8 @@ private:
     QString undone(const FieldState& before);
     QString anchor(const FieldState& field, const FieldState& measured);
     void set(const FieldState& state);
+    double readingPatience() const;
+    double undoPatience() const;
     bool isTerminal() const;
     bool isOneLine() const;
     /// Where the passage is on the screen, by the pixels that selecting it changes; empty when none do.

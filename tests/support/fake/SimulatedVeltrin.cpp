@@ -1,5 +1,7 @@
 #include "support/fake/SimulatedVeltrin.h"
 
+#include "AI/TaskMaterial.h"
+
 namespace veltrin {
 namespace {
 
@@ -33,11 +35,14 @@ void SimulatedVeltrin::launch() {
     client_.emplace(model, settings());
     // In a folder that cannot be, so that the stores work from memory: the disk would dominate a simulation's
     // time.
-    data_.emplace(QStringLiteral("/dev/null/Veltrin"), desktop.runLoop, desktop.pasteboard, desktop.workspace,
-                  desktop.preferences);
+    const QString folder = QStringLiteral("/dev/null/Veltrin");
+    data_.emplace(folder, desktop.runLoop, desktop.pasteboard, desktop.workspace, desktop.preferences);
+    agents_.emplace(folder, desktop.preferences, desktop.runLoop);
+    tasks_.emplace(*client_, settings(), desktop.runLoop,
+                   taskMaterial(*agents_, data_->dictionary, data_->history));
     delegate_ = std::make_unique<AppDelegate>(
-        desktop.desktop(),
-        AppDelegate::Shared{settings(), notifications, *client_, expressionMemory_, behaviors_, *data_});
+        desktop.desktop(), AppDelegate::Shared{settings(), notifications, *client_, expressionMemory_,
+                                               behaviors_, *data_, *tasks_});
     delegate_->applicationDidFinishLaunching();
     desktop.runLoop.runDue();
 }

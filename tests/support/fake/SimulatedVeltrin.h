@@ -1,5 +1,7 @@
 #pragma once
 
+#include "AI/AgentTeamManager.h"
+#include "AI/ModelTasks.h"
 #include "AI/OllamaClient.h"
 #include "App/AppDelegate.h"
 #include "Data/AppSettings.h"
@@ -37,6 +39,8 @@ public:
     /// The process is gone without a word.
     void destroy() {
         delegate_.reset();
+        tasks_.reset();
+        agents_.reset();
         data_.reset();
     }
 
@@ -45,6 +49,8 @@ public:
     ExpressionMemoryStore& expressionMemory() { return expressionMemory_; }
     UserBehaviorTracker& behaviors() { return behaviors_; }
     DataStore& data() { return *data_; }
+    AgentTeamManager& agents() { return *agents_; }
+    ModelTasks& tasks() { return *tasks_; }
 
     void type(const QString& text) { desktop.keyboard.type(text); }
     /// Three taps of the space bar after a pause that lets them count.
@@ -71,6 +77,8 @@ private:
     /// In a folder that cannot be, so that it works from memory: the disk would dominate a simulation's time.
     UserBehaviorTracker behaviors_{QStringLiteral("/dev/null/Veltrin"), desktop.runLoop};
     std::optional<DataStore> data_;
+    std::optional<AgentTeamManager> agents_;
+    std::optional<ModelTasks> tasks_;
     std::unique_ptr<AppDelegate> delegate_;
 };
 

@@ -3,7 +3,7 @@
 #include "AI/AgentTeamManager.h"
 #include "Platform/Linux/QtRunLoop.h"
 #include "support/Golden.h"
-#include "wire/model/WireWorld.h"
+#include "wire/model/TaskWorldOnTheWire.h"
 
 #include <QTemporaryDir>
 
@@ -12,20 +12,6 @@ namespace {
 
 using namespace Qt::StringLiterals;
 namespace answers = ServiceBehaviours;
-
-/// The real network, with a note of how long each request may take.
-class NotingHttpClient : public HttpClient {
-public:
-    explicit NotingHttpClient(HttpClient& inner) : inner_(inner) {}
-    QCoro::Task<HttpResponse> data(HttpRequest request) override {
-        timeouts.push_back(request.timeout);
-        return inner_.data(std::move(request));
-    }
-    std::vector<double> timeouts;
-
-private:
-    HttpClient& inner_;
-};
 
 class AgentTasksOnTheWire : public WireWorld {
 protected:

@@ -146,7 +146,7 @@ AXResult<QRectF> TextAccess::bounds(const TextRange& range) {
         const bool isThere = rectangle && (rectangle->width() > 0 || rectangle->height() > 0);
         const bool isInField =
             isThere && (!area || (!isNotLaidOut(*area, toolkit) && area->contains(rectangle->center())));
-        if (isBrowser ? isInField : isThere) return *rectangle;
+        if (rectangle && (isBrowser ? isInField : isThere)) return *rectangle;
         if (i + 1 < attempts && !conversation_.pause(layoutPause)) break;
     }
     return AXError::failure;
