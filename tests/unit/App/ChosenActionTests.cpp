@@ -51,8 +51,9 @@ protected:
     MVPDebugPanel panel{desktop.runLoop, desktop.floatingPanels, desktop.screens, desktop.pasteboard,
                         desktop.preferences};
     ExternalTextInputReader reader{desktop.accessibility, desktop.workspace, desktop.preferences};
-    ExternalTextWriteback writeback{desktop.accessibility, desktop.workspace, desktop.pasteboard,
-                                    desktop.keyPoster, desktop.runLoop};
+    PasteboardLoan loan{desktop.pasteboard, desktop.runLoop};
+    ExternalTextWriteback writeback{desktop.accessibility, desktop.workspace, loan, desktop.keyPoster,
+                                    desktop.runLoop};
     WritebackTargetValidator validator{desktop.accessibility, desktop.workspace, settings};
     ExpressionRunner expressions{client};
     ExternalActionHandler handler{{desktop.runLoop, desktop.accessibility, settings, engine, panel, writeback,
