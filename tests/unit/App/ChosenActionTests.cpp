@@ -10,6 +10,7 @@
 #include "Session/UserBehaviorTracker.h"
 #include "support/fake/FakeDesktop.h"
 #include "support/fake/LogCapture.h"
+#include "support/fake/TaskWorld.h"
 
 #include <QTemporaryDir>
 
@@ -56,8 +57,10 @@ protected:
                                     desktop.runLoop};
     WritebackTargetValidator validator{desktop.accessibility, desktop.workspace, settings};
     ExpressionRunner expressions{client};
+    TaskMaterial material;
+    ModelTasks tasks{client, settings, desktop.runLoop, material.closures()};
     ExternalActionHandler handler{{desktop.runLoop, desktop.accessibility, settings, engine, panel, writeback,
-                                   validator, expressions, memory, tracker, client}};
+                                   validator, expressions, memory, tracker, client, tasks}};
     std::optional<ChosenAction> chosen{std::in_place, desktop.runLoop, engine, reader, handler};
 };
 
