@@ -107,6 +107,8 @@ TEST_F(ChosenActionTest, showsTheBusyStateWhereThePanelStood) {
     desktop.advance(0.06);
     EXPECT_TRUE(log.lines().contains(u"AI action state: optimizing"_s));
     EXPECT_EQ(desktop.floatingPanels.shownText(PanelKind::statusPill), u"正在优化"_s);
+    ASSERT_TRUE(desktop.httpClient.release());
+    desktop.advance(2);
 }
 
 TEST_F(ChosenActionTest, anUnreadableFieldGetsItsCardWithoutAQuestion) {
