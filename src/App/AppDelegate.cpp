@@ -27,15 +27,20 @@ AppDelegate::AppDelegate(const Desktop& desktop, const Shared& shared)
     : desktop_(desktop),
       shared_(shared),
       appPolicy_(desktop.workspace, shared.settings),
+      interferenceGuard_(desktop.runLoop),
       engine_(desktop.runLoop, desktop.keyEventTaps, desktop.preferences, desktop.pasteboard,
-              &PermissionDiagnostics::printEventTapFailureHint),
+              &PermissionDiagnostics::printEventTapFailureHint,
+              [this](qint64 changeCount) { interferenceGuard_.recordPotentialUserCopyKeyDown(changeCount); }),
       debugPanel_(desktop.runLoop, desktop.floatingPanels, desktop.screens, desktop.pasteboard,
                   desktop.preferences),
       permissions_(desktop.workspace, desktop.accessibility, desktop.keyEventTaps),
-      reader_(desktop.accessibility, desktop.workspace, desktop.preferences),
+      pasteboardLoan_(desktop.pasteboard, desktop.runLoop),
+      clipboardFallback_(desktop.workspace, desktop.pasteboard, pasteboardLoan_, desktop.keyPoster,
+                         desktop.runLoop, interferenceGuard_),
+      reader_(desktop.accessibility, desktop.workspace, desktop.preferences, &clipboardFallback_),
       locator_(desktop.accessibility, desktop.workspace, desktop.screens),
-      writeback_(desktop.accessibility, desktop.workspace, desktop.pasteboard, desktop.keyPoster,
-                 desktop.runLoop),
+      writeback_(desktop.accessibility, desktop.workspace, pasteboardLoan_, desktop.keyPoster,
+                 desktop.runLoop, &clipboardFallback_),
       validator_(desktop.accessibility, desktop.workspace, shared.settings),
       expressions_(shared.client),
       actions_({desktop.runLoop, desktop.accessibility, shared.settings, engine_, debugPanel_, writeback_,
@@ -165,7 +170,7 @@ void AppDelegate::applicationWillTerminate() {
     engine_.stop();
     quitShortcut_.stop();
     // The user's clipboard does not wait for a timer that will never fire.
-    writeback_.runPendingRestores();
+    pasteboardLoan_.giveBackPending();
 }
 
 }  // namespace veltrin

@@ -6,6 +6,7 @@
 #include "App/TriggerGates.h"
 #include "Debug/MVPDebugPanel.h"
 #include "Engines/ExpressionRunner.h"
+#include "ExternalAccess/ExternalTextClipboardFallback.h"
 #include "ExternalAccess/ExternalTextInputLocator.h"
 #include "ExternalAccess/ExternalTextInputReader.h"
 #include "ExternalAccess/ExternalTextWriteback.h"
@@ -76,9 +77,12 @@ private:
     Desktop desktop_;
     Shared shared_;
     SpaceGestureAppPolicy appPolicy_;
+    ClipboardFallbackInterferenceGuard interferenceGuard_;
     SpaceGestureEngine engine_;
     MVPDebugPanel debugPanel_;
     PermissionDiagnostics permissions_;
+    PasteboardLoan pasteboardLoan_;
+    ExternalTextClipboardFallback clipboardFallback_;
     ExternalTextInputReader reader_;
     ExternalTextInputLocator locator_;
     ExternalTextWriteback writeback_;

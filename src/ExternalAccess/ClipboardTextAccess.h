@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ExternalAccess/ExternalTextReadResult.h"
+#include "Platform/KeyPoster.h"
 
 namespace veltrin {
 
@@ -10,9 +11,10 @@ class ClipboardTextAccess {
 public:
     virtual ~ClipboardTextAccess() = default;
 
-    /// A failed read has no text and still carries the application's data.
+    /// `target` is what is in front; its element, where accessibility names one, keeps keys from a password
+    /// field. A failed read has no text and still carries the application's data.
     virtual ExternalTextReadResult readFocusedText(const QString& appName, const QString& bundleIdentifier,
-                                                   std::optional<qint32> processIdentifier) = 0;
+                                                   const PostTarget& target) = 0;
     /// Replaces the field's whole content. True when the keys were posted.
     virtual bool write(const QString& text, const ExternalTextReadResult& read) = 0;
 };

@@ -95,8 +95,9 @@ ExternalTextReadResult ExternalTextInputReader::readFocusedText() {
 ExternalTextReadResult ExternalTextInputReader::readByClipboard(const ExternalTextReadResult& application) {
     ExternalTextReadResult result;
     if (clipboard_ != nullptr) {
-        result = clipboard_->readFocusedText(application.frontmostAppName, application.bundleIdentifier,
-                                             application.processIdentifier);
+        const PostTarget target{application.processIdentifier, application.targetWindow, application.element};
+        result =
+            clipboard_->readFocusedText(application.frontmostAppName, application.bundleIdentifier, target);
     } else {
         result.frontmostAppName = application.frontmostAppName;
         result.bundleIdentifier = application.bundleIdentifier;

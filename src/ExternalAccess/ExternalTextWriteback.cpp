@@ -3,8 +3,8 @@
 #include "ExternalAccess/AttributeReading.h"
 #include "Foundation/Characters.h"
 #include "Foundation/MVPLog.h"
+#include "Foundation/Text.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace veltrin {
@@ -20,13 +20,6 @@ constexpr int activationChecks = 20;
 /// The range, unless it is only a caret.
 std::optional<TextRange> selection(const std::optional<TextRange>& range) {
     return range && range->length >= 1 ? range : std::nullopt;
-}
-
-bool hasLineBreak(const QString& text) {
-    return std::any_of(text.begin(), text.end(), [](QChar c) {
-        return (c >= u'\n' && c <= u'\r') || c == QChar(0x85) || c == QChar::LineSeparator ||
-               c == QChar::ParagraphSeparator;
-    });
 }
 
 ExternalTextWritebackResult succeeded(WritebackStrategy strategy, const char* message) {
@@ -122,23 +115,18 @@ bool ExternalTextWriteback::pasteUsingClipboard(const QString& text, const Exter
         }
     }
 
-    const PasteboardString before = pasteboard_.string();
-    if (before.status == PasteboardString::Status::unanswered) {
-        // It may hold the user's text and could not be given back, so it is not touched.
+    const auto remembered = loan_.remember();
+    if (!remembered) {
         MVPLog::write("Writeback clipboard paste refused: pasteboard owner does not answer");
         return false;
     }
-    // Only the plain string is kept: anything else on the pasteboard is gone from here on.
-    const std::optional<QString> remembered = before.value();
-    pasteboard_.clearContents();
-    const bool offered = pasteboard_.setString(text, PasteboardContent::temporary);
-    ownChangeCount_ = pasteboard_.changeCount();
+    const bool offered = loan_.offer(text);
     if (offered && postCommandV(text, read)) {
-        scheduleRestore(remembered, text);
+        loan_.giveBackLater(restoreDelay, *remembered, text, QStringLiteral("Writeback"));
         return true;
     }
     // Without a remembered string our text stays, and is what the user is left with: meant so.
-    if (remembered && isStillOurs(text)) giveBack(remembered);
+    if (remembered->text) loan_.giveBackUnlessNewer(*remembered, text);
     MVPLog::write("Writeback clipboard fallback failed: could not post Cmd+V");
     return false;
 }
@@ -157,58 +145,13 @@ bool ExternalTextWriteback::postCommandV(const QString& text, const ExternalText
     chord.keyCode = KeyCode::v;
     chord.flags = KeyFlags::command;
     chord.target = {read.processIdentifier, read.targetWindow, read.element};
-    chord.textHasLineBreak = hasLineBreak(text);
+    chord.textHasLineBreak = Text::hasLineBreak(text);
     const PostResult result = keyPoster_.post(chord);
     if (result)
         MVPLog::write("Writeback clipboard fallback posted Cmd+V");
     else
         MVPLog::write("Writeback Cmd+V refused:", result.refusal);
     return result.posted;
-}
-
-void ExternalTextWriteback::scheduleRestore(std::optional<QString> remembered, const QString& offered) {
-    // Two writes within the delay stay as they are, and that is meant: the second remembers the first's text
-    // as the user's, and the first's restore may run before the second's paste was taken.
-    const quint64 id = ++lastRestoreId_;
-    Timer timer = runLoop_.after(restoreDelay, [this, id] {
-        const auto found = std::find_if(pendingRestores_.begin(), pendingRestores_.end(),
-                                        [id](const PendingRestore& pending) { return pending.id == id; });
-        if (found == pendingRestores_.end()) return;
-        const PendingRestore pending = std::move(*found);
-        pendingRestores_.erase(found);
-        restore(pending);
-    });
-    pendingRestores_.push_back({id, std::move(remembered), offered, std::move(timer)});
-}
-
-void ExternalTextWriteback::runPendingRestores() {
-    // The newest first: each takes back its own write, so the user's own content comes last and stays.
-    while (!pendingRestores_.empty()) {
-        const PendingRestore pending = std::move(pendingRestores_.back());
-        pendingRestores_.pop_back();
-        restore(pending);
-    }
-}
-
-void ExternalTextWriteback::restore(const PendingRestore& pending) {
-    if (!isStillOurs(pending.offered)) {
-        MVPLog::write("Writeback clipboard restore skipped: pasteboard has newer content");
-        return;
-    }
-    giveBack(pending.remembered);
-    MVPLog::write("Writeback clipboard restored");
-}
-
-bool ExternalTextWriteback::isStillOurs(const QString& offered) const {
-    // Whoever took the pasteboard since our last change of it holds the user's newer copy, and that stays.
-    // Our own text in other hands (a clipboard manager took it over) is still ours to take back.
-    return pasteboard_.changeCount() == ownChangeCount_ || pasteboard_.string().value() == offered;
-}
-
-void ExternalTextWriteback::giveBack(const std::optional<QString>& remembered) {
-    pasteboard_.clearContents();
-    if (remembered) pasteboard_.setString(*remembered, PasteboardContent::lasting);
-    ownChangeCount_ = pasteboard_.changeCount();
 }
 
 bool ExternalTextWriteback::select(const AXElementRef& element, const TextRange& range) {

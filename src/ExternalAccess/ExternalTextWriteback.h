@@ -2,12 +2,10 @@
 
 #include "ExternalAccess/ClipboardTextAccess.h"
 #include "ExternalAccess/ExternalTextReadResult.h"
+#include "ExternalAccess/PasteboardLoan.h"
 #include "Platform/KeyPoster.h"
-#include "Platform/Pasteboard.h"
 #include "Platform/RunLoop.h"
 #include "Platform/Workspace.h"
-
-#include <vector>
 
 namespace veltrin {
 
@@ -44,18 +42,16 @@ struct ExternalTextWritebackResult {
 class ExternalTextWriteback {
 public:
     /// Without `clipboard`, writes that need the clipboard road fail.
-    ExternalTextWriteback(Accessibility& accessibility, Workspace& workspace, Pasteboard& pasteboard,
+    ExternalTextWriteback(Accessibility& accessibility, Workspace& workspace, PasteboardLoan& loan,
                           KeyPoster& keyPoster, RunLoop& runLoop, ClipboardTextAccess* clipboard = nullptr)
         : accessibility_(accessibility),
           workspace_(workspace),
-          pasteboard_(pasteboard),
+          loan_(loan),
           keyPoster_(keyPoster),
           runLoop_(runLoop),
           clipboard_(clipboard) {}
     ExternalTextWriteback(const ExternalTextWriteback&) = delete;
     ExternalTextWriteback& operator=(const ExternalTextWriteback&) = delete;
-    /// Gives the pasteboard back at once.
-    ~ExternalTextWriteback() { runPendingRestores(); }
 
     /// For the result of an action.
     ExternalTextWritebackResult apply(const QString& text, const ExternalTextReadResult& read,
@@ -64,18 +60,7 @@ public:
     ExternalTextWritebackResult applyVoiceTranscript(const QString& text, const ExternalTextReadResult& read,
                                                      bool forceReplaceAll);
 
-    /// Gives the pasteboard back now instead of after the paste's delay: for the end of the process.
-    void runPendingRestores();
-
 private:
-    /// The user's pasteboard while a paste of ours is under way.
-    struct PendingRestore {
-        quint64 id = 0;
-        std::optional<QString> remembered;  ///< the user's string
-        QString offered;                    ///< ours
-        Timer timer;
-    };
-
     /// A selection of ours in place of the user's.
     struct Reselection {
         TextRange former;
@@ -100,21 +85,14 @@ private:
     void setCursor(const AXElementRef& element, qint64 location);
     void waitUntilFrontmost(qint32 processIdentifier);
     bool postCommandV(const QString& text, const ExternalTextReadResult& read);
-    void scheduleRestore(std::optional<QString> remembered, const QString& offered);
-    void restore(const PendingRestore& pending);
-    bool isStillOurs(const QString& offered) const;
-    void giveBack(const std::optional<QString>& remembered);
 
     Accessibility& accessibility_;
     Workspace& workspace_;
-    Pasteboard& pasteboard_;
+    PasteboardLoan& loan_;
     KeyPoster& keyPoster_;
     RunLoop& runLoop_;
     ClipboardTextAccess* clipboard_;
     std::optional<Reselection> reselection_;  ///< of the write under way
-    std::vector<PendingRestore> pendingRestores_;
-    quint64 lastRestoreId_ = 0;
-    qint64 ownChangeCount_ = 0;  ///< the pasteboard's count right after our last change of it
 };
 
 }  // namespace veltrin

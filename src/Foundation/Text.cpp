@@ -22,6 +22,10 @@ QString trimmed(QStringView text, QStringView characters) {
     return text.toString();
 }
 
+bool hasLineBreak(QStringView text) {
+    return std::any_of(text.begin(), text.end(), isLineBreak);
+}
+
 QString lineBreaksAsBlanks(QString text) {
     text.replace(QStringLiteral("\r\n"), QStringLiteral(" "));
     for (QChar& c : text) {

@@ -23,6 +23,9 @@ constexpr bool isLineBreak(QChar c) {
     return (c >= u'\n' && c <= u'\r') || c == u'\u0085' || c == u'\u2028' || c == u'\u2029';
 }
 
+/// True when `text` has more than one line, or a line break at its end.
+bool hasLineBreak(QStringView text);
+
 /// `text` with one blank for each line break; CR LF is one.
 QString lineBreaksAsBlanks(QString text);
 

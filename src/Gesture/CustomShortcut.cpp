@@ -5,18 +5,6 @@
 namespace veltrin {
 namespace {
 
-struct ModifierSymbol {
-    quint64 flag;
-    char16_t symbol;
-};
-/// The order is part of the stored format: a value written in another order matches nothing.
-constexpr auto modifierSymbols = std::to_array<ModifierSymbol>({
-    {KeyFlags::command, u'⌘'},
-    {KeyFlags::option, u'⌥'},
-    {KeyFlags::control, u'⌃'},
-    {KeyFlags::shift, u'⇧'},
-});
-
 struct NamedKey {
     const char16_t* name;
     qint64 keyCode;

@@ -17,6 +17,19 @@ inline constexpr auto rawValuesOf<CustomShortcutAction> =
     std::to_array<const char*>({"shortcut_optimize", "shortcut_translation", "shortcut_smart_select",
                                 "shortcut_voice", "shortcut_drag"});
 
+/// How a modifier is written in a stored combination.
+struct ModifierSymbol {
+    quint64 flag;
+    char16_t symbol;
+};
+/// The order is part of the stored format: a value written in another order matches nothing.
+inline constexpr auto modifierSymbols = std::to_array<ModifierSymbol>({
+    {KeyFlags::command, u'⌘'},
+    {KeyFlags::option, u'⌥'},
+    {KeyFlags::control, u'⌃'},
+    {KeyFlags::shift, u'⇧'},
+});
+
 /// The keys of the US keyboard that a combination can name by what stands on them, with their virtual key
 /// codes.
 struct ShortcutKey {

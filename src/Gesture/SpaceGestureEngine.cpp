@@ -151,7 +151,7 @@ bool SpaceGestureEngine::handle(const KeyEvent& event) {
     const bool isKeyDown = event.type == KeyEventType::keyDown;
     if (isKeyDown && !event.isAutoRepeat && event.keyCode == KeyCode::c &&
         (event.flags & KeyFlags::command) != 0 && recordPotentialUserCopyKeyDown_)
-        recordPotentialUserCopyKeyDown_(pasteboard_.changeCount());
+        recordPotentialUserCopyKeyDown_(pasteboard_.changeCountAt(event.timestamp));
 
     // An ordinary chord is never claimed by an interaction; Escape always may be.
     const bool mayBeClaimed = event.keyCode == KeyCode::escape || (event.flags & KeyFlags::all) == 0;

@@ -24,8 +24,8 @@ namespace veltrin {
 class SpaceGestureEngine {
 public:
     /// `printEventTapFailureHint` is called when no tap can be made. `recordPotentialUserCopyKeyDown` is told
-    /// the pasteboard's change count at every copy key of the user, before anybody else sees the key. Both
-    /// may be absent.
+    /// what the pasteboard's change count was at every copy key of the user, before any hook sees the key.
+    /// Both may be absent.
     SpaceGestureEngine(RunLoop& runLoop, KeyEventTaps& taps, Preferences& preferences,
                        const Pasteboard& pasteboard, std::function<void()> printEventTapFailureHint = {},
                        std::function<void(qint64 changeCount)> recordPotentialUserCopyKeyDown = {});

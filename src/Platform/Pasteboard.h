@@ -38,6 +38,9 @@ public:
 
     /// Grows with every change by anybody. One change may count more than once.
     virtual qint64 changeCount() const = 0;
+    /// The count as it stood when a key event with this time stamp (KeyEvent::timestamp) was made, however
+    /// late that event is handled. What changed within the key's own millisecond came after it.
+    virtual qint64 changeCountAt(quint64 timestamp) const = 0;
     virtual PasteboardString string() const = 0;
     /// Empties it: this program owns it and offers nothing.
     virtual void clearContents() = 0;

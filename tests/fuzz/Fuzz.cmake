@@ -29,3 +29,5 @@ veltrin_fuzz_target(prompts PromptsFuzz.cpp)
 veltrin_fuzz_target(lab PromptLabFuzz.cpp)
 veltrin_fuzz_target(agents AgentFilesFuzz.cpp)
 veltrin_fuzz_target(agent_answers AgentAnswersFuzz.cpp)
+# Arithmetic on texts and offsets of foreign applications; no bus in it.
+veltrin_fuzz_target(offsets TextOffsetsFuzz.cpp ${CMAKE_SOURCE_DIR}/src/Platform/Linux/AtSpi/TextOffsets.cpp)

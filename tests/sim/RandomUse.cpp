@@ -13,9 +13,10 @@ namespace {
 constexpr std::size_t storyLength = 40;
 constexpr std::size_t logTail = 60;
 /// While a paste is under way another one finds the first's text on the pasteboard.
-constexpr double restoreDelay = 0.6;
-/// Seconds that a gesture or a write may take with everything hung that can hang.
-constexpr double longestBlock = 3;
+constexpr double restoreDelay = 0.85;
+/// Seconds that a gesture or a write may take with everything hung that can hang, or with three copies in
+/// vain.
+constexpr double longestBlock = 5;
 constexpr double settleLimit = 400;
 constexpr qint64 longestLog = 4'000'000;
 
@@ -55,6 +56,7 @@ RandomUse::RandomUse(quint64 seed) : seed_(seed), random_(seed), formerLog_(MVPL
     desktop_.keyboard.keyHold = 0;
     desktop_.keyboard.keyGap = 0;
     build();
+    desktop_.keyPoster.onPosted = [this](const FakeKeyPoster::Record& record) { keyPosted(record); };
     veltrin_.model.reply = [this](const QString& prompt) { return answer(prompt); };
     veltrin_.launch();
     settle();
@@ -125,6 +127,7 @@ SimulatedModel::Reply RandomUse::answer(const QString& prompt) {
         if (prompt.size() > former.prompt.size() && prompt.startsWith(former.prompt + u'\n')) {
             run.targets.push_back(former.field);
             run.result.readRanges.push_back(former.readRange);
+            run.byClipboard = run.byClipboard || former.byClipboard;
         }
     }
     if (run.targets.empty()) {
@@ -132,7 +135,17 @@ SimulatedModel::Reply RandomUse::answer(const QString& prompt) {
         const TextRange range = field ? field->selection : TextRange{};
         run.targets.push_back(field);
         run.result.readRanges.push_back(range);
-        attempts_.push_back({prompt, field, range});
+        run.byClipboard = field && field == readByClipboard_;
+        readByClipboard_ = nullptr;
+        attempts_.push_back({prompt, field, range, run.byClipboard});
+    }
+    if (run.byClipboard) {
+        // Accepted: without accessibility the fields of one window cannot be told apart.
+        const Field* read = fieldOf(run.targets.front());
+        for (const Field& other : fields_) {
+            if (read && other.window == read->window && other.field != read->field)
+                run.targets.push_back(other.field);
+        }
     }
     const double delay = oneIn(3) ? seconds(0.02, 0.3) : seconds(0.1, 5);
     const int kind = below(20);
@@ -163,6 +176,7 @@ SimulatedModel::Reply RandomUse::answer(const QString& prompt) {
 bool RandomUse::step() {
     if (!failure_.isEmpty()) return false;
     ++steps_;
+    readByClipboard_ = nullptr;
     int total = 0;
     for (const Choice& choice : choices())
         total += choice.weight;
@@ -227,6 +241,20 @@ void RandomUse::check() {
     checkedAt_ = desktop_.now();
 }
 
+void RandomUse::keyPosted(const FakeKeyPoster::Record& record) {
+    // What the program's select-all does to a field is the same as the user's, and is never undone.
+    if (record.chord.keyCode == KeyCode::a) edit({ExpectedText::Edit::Kind::selectAll, {}, {}});
+    if (record.chord.keyCode != KeyCode::c) return;
+    copyPostedAt_ = record.time;
+    copyPostedTo_ = record.receiver;
+    readByClipboard_ = desktop_.focusedField();
+}
+
+bool RandomUse::isCopyOfTheProgram(const FakePasteboard::Offer& offer) const {
+    return isEmptied_ && copyPostedAt_ >= emptiedAt_ && offer.since >= copyPostedAt_ &&
+           offer.application == copyPostedTo_;
+}
+
 void RandomUse::checkPasteboardOffers() {
     const auto& history = desktop_.pasteboard.history();
     // A restore comes late when the program was blocked at its time.
@@ -235,6 +263,12 @@ void RandomUse::checkPasteboardOffers() {
                                             static_cast<qint64>(history.size()));
     seenChanges_ = desktop_.pasteboard.changeCount();
     for (auto offer = history.end() - changes; offer != history.end(); ++offer) {
+        if (offer->owner == FakePasteboard::Owner::program) {
+            isEmptied_ = !offer->text;
+            if (isEmptied_) emptiedAt_ = offer->since;
+        } else if (isCopyOfTheProgram(*offer)) {
+            continue;
+        }
         if (offer->owner != FakePasteboard::Owner::program) {
             users_ = offer->text;
             // The program's own text in other hands is taken for a clipboard manager's doing.
@@ -280,6 +314,8 @@ void RandomUse::allowMannersOf(Run& run, const Field& field) {
                                      text.writeFaults.contains(AXAttribute::selectedText) ||
                                      text.settableFaults.contains(AXAttribute::selectedText);
     ExpectedText::Result& result = run.result;
+    // Whatever is selected when the paste comes: the program selected all just before.
+    if (run.byClipboard) result.mayReplaceSelection = true;
     // Accepted: keys that the application had yet to work off move the caret under a paste.
     if (wasPastedInHaste(run)) result.mayReplaceSelection = true;
     for (const TextRange& range : result.readRanges) {

@@ -28,7 +28,9 @@ namespace veltrin {
 /// The losses that are accepted, and no others: a field read whole is overwritten with what came in
 /// meanwhile; a caret whose field takes no selected text has its whole field replaced when the paste was
 /// refused; two writes within the restore's delay may lose the user's string; content without a plain string
-/// is not kept; keys that the application had yet to work off move the caret under a paste.
+/// is not kept; keys that the application had yet to work off move the caret under a paste; a field that only
+/// the clipboard can read stays wholly selected, so that the user's next key replaces it, and cannot
+/// be told from the others of its window.
 class RandomUse {
 public:
     explicit RandomUse(quint64 seed);
@@ -61,12 +63,14 @@ private:
         QString prompt;
         const FakeTextField* field;
         TextRange readRange;
+        bool byClipboard;
     };
     /// One prompt that is answered with a result.
     struct Run {
         ExpectedText::Result result;
         std::vector<const FakeTextField*> targets;
         double answeredAt;
+        bool byClipboard = false;  ///< a field of it was read by select-all and copy
         bool arrived = false;
     };
 
@@ -116,6 +120,8 @@ private:
     QString holdModifier();
     QString wait();
 
+    void keyPosted(const FakeKeyPoster::Record& record);
+    bool isCopyOfTheProgram(const FakePasteboard::Offer& offer) const;
     void pressKey(qint64 keyCode, quint64 flags = 0);
     void typeText(const QString& text);
     void edit(ExpectedText::Edit edit);
@@ -159,6 +165,11 @@ private:
     bool clipboardMayBeLost_ = false;
     qint64 seenChanges_ = 0;
     double lastTemporaryOffer_ = -1000;
+    double emptiedAt_ = -1000;  ///< when the program emptied the pasteboard for a copy
+    bool isEmptied_ = false;    ///< and put nothing there since
+    double copyPostedAt_ = -1000;
+    qint32 copyPostedTo_ = 0;
+    const FakeTextField* readByClipboard_ = nullptr;
     QStringList pasted_;  ///< results whose paste key was posted, until the next rest
     QStringList handed_;  ///< results that were copied for the user, until the next rest
     int seenPosts_ = 0;

@@ -1,6 +1,7 @@
 #include "Platform/Linux/QtRunLoop.h"
 
-#include <QMetaObject>
+#include <QCoreApplication>
+#include <QEvent>
 #include <QThread>
 #include <QTimer>
 
@@ -31,7 +32,25 @@ double QtRunLoop::wallNow() const {
 }
 
 void QtRunLoop::post(std::function<void()> action) {
-    QMetaObject::invokeMethod(this, std::move(action), Qt::QueuedConnection);
+    {
+        const std::scoped_lock lock(postedLock_);
+        posted_.push_back(std::move(action));
+    }
+    QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+}
+
+/// One event runs one action, so that what is posted meanwhile waits for its own turn.
+bool QtRunLoop::event(QEvent* event) {
+    if (event->type() != QEvent::User) return QObject::event(event);
+    std::function<void()> action;
+    {
+        const std::scoped_lock lock(postedLock_);
+        if (posted_.empty()) return true;
+        action = std::move(posted_.front());
+        posted_.pop_front();
+    }
+    action();
+    return true;
 }
 
 bool QtRunLoop::isMainThread() const {

@@ -156,7 +156,7 @@ private:
                 return field.state().text.startsWith(words);
             }))
             throw std::runtime_error("the paste does not show");
-        writeback_.runPendingRestores();
+        text_.loan.giveBackPending();
         return (seen - poster_.postedAt) * 1000;
     }
 
@@ -177,7 +177,7 @@ private:
     ExternalTextDesktop text_{desktop_};
     AtSpiProbe probe_{desktop_};
     TimedPoster poster_{text_.poster};
-    ExternalTextWriteback writeback_{text_.accessibility, text_.workspace, text_.pasteboard, poster_,
+    ExternalTextWriteback writeback_{text_.accessibility, text_.workspace, text_.loan, poster_,
                                      text_.runLoop};
 };
 

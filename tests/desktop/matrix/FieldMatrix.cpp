@@ -455,7 +455,7 @@ QString FieldMatrix::write(Road road, Place place) {
         return after.text == expected;
     });
     EXPECT_EQ(after.text, expected);
-    if (place != Place::selection) writeback.runPendingRestores();
+    if (place != Place::selection) text().loan.giveBackPending();
     expectClipboardBack();
     const QString way = result.strategy == WritebackStrategy::clipboardPaste ? u"paste"_s : u"direct"_s;
     if (after.text != expected) return u"wrong"_s;

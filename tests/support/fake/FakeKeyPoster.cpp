@@ -55,6 +55,7 @@ PostResult FakeKeyPoster::post(const KeyPost& chord) {
         FakeApplication& front = *workspace_.front();
         record.receiver = front.pid;
         record.inHaste = inHaste || front.waitingKeys() > 0;
+        if (onPosted) onPosted(record);
         FakeKeyStroke stroke;
         stroke.posted = true;
         stroke.event.keyCode = chord.keyCode;

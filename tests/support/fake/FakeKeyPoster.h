@@ -5,6 +5,7 @@
 #include "support/fake/FakeKeyboard.h"
 
 #include <deque>
+#include <functional>
 
 namespace veltrin {
 
@@ -31,6 +32,9 @@ public:
     std::size_t capacity = 500;
     int postedCount = 0;
     int refusedCount = 0;
+
+    /// Told of every chord that goes out, just before the application gets it; may be empty.
+    std::function<void(const Record&)> onPosted;
 
     /// When set, every chord is refused with these words.
     std::optional<QString> refusal;

@@ -6,6 +6,8 @@
 namespace veltrin {
 namespace {
 constexpr std::size_t historyLimit = 200;
+/// Keys are stamped to the nanosecond: one made right after a change may bear a hair less.
+constexpr double keyTimeStep = 1e-9;
 }  // namespace
 
 void FakePasteboard::take(Offer offer, const char* what) {
@@ -14,6 +16,14 @@ void FakePasteboard::take(Offer offer, const char* what) {
     log_.add(loop_.now(), what, offer.text.value_or(offer.otherTypes.join(u' ')));
     history_.push_back(std::move(offer));
     if (history_.size() > historyLimit) history_.pop_front();
+}
+
+qint64 FakePasteboard::changeCountAt(quint64 timestamp) const {
+    const double keyTime = static_cast<double>(timestamp) * 1e-9 - keyTimeStep;
+    qint64 count = changeCount_;
+    for (auto past = history_.rbegin(); past != history_.rend() && past->since >= keyTime; ++past)
+        --count;
+    return count;
 }
 
 bool FakePasteboard::ownerAnswers() const {
@@ -33,6 +43,7 @@ PasteboardString FakePasteboard::string() const {
 }
 
 void FakePasteboard::clearContents() {
+    if (refusesToBeCleared) return;
     Offer offer;
     offer.owner = Owner::program;
     take(std::move(offer), "pasteboard cleared");

@@ -31,6 +31,7 @@ public:
     };
 
     qint64 changeCount() const override { return changeCount_; }
+    qint64 changeCountAt(quint64 timestamp) const override;
     PasteboardString string() const override;
     void clearContents() override;
     bool setString(const QString& text, PasteboardContent content) override;
@@ -62,7 +63,8 @@ public:
     const std::deque<Offer>& history() const { return history_; }
 
     bool refusesOwnership = false;  ///< `setString` cannot take the pasteboard
-    double unansweredCost = 0.5;    ///< seconds that an owner which does not answer costs
+    bool refusesToBeCleared = false;
+    double unansweredCost = 0.5;  ///< seconds that an owner which does not answer costs
     /// Whether a process is there and answers; set by the desktop.
     std::function<bool(qint32)> answers;
 

@@ -13,8 +13,9 @@ ExternalTextDesktop::ExternalTextDesktop(RealDesktop& desktop)
       preferences(desktop.file(QStringLiteral("preferences.json"))),
       reader(accessibility, workspace, preferences),
       locator(accessibility, workspace, screens),
-      writeback(accessibility, workspace, pasteboard, poster, runLoop),
-      directWriteback(accessibility, workspace, pasteboard, refusingPoster, runLoop) {
+      loan(pasteboard, runLoop),
+      writeback(accessibility, workspace, loan, poster, runLoop),
+      directWriteback(accessibility, workspace, loan, refusingPoster, runLoop) {
 }
 
 }  // namespace veltrin

@@ -47,6 +47,7 @@ public:
     FilePreferences preferences;
     ExternalTextInputReader reader;
     ExternalTextInputLocator locator;
+    PasteboardLoan loan;
     ExternalTextWriteback writeback;
     /// Without the paste.
     ExternalTextWriteback directWriteback;

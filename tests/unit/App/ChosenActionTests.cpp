@@ -10,6 +10,7 @@
 #include "Session/UserBehaviorTracker.h"
 #include "support/fake/FakeDesktop.h"
 #include "support/fake/LogCapture.h"
+#include "support/fake/TaskWorld.h"
 
 #include <QTemporaryDir>
 
@@ -51,12 +52,15 @@ protected:
     MVPDebugPanel panel{desktop.runLoop, desktop.floatingPanels, desktop.screens, desktop.pasteboard,
                         desktop.preferences};
     ExternalTextInputReader reader{desktop.accessibility, desktop.workspace, desktop.preferences};
-    ExternalTextWriteback writeback{desktop.accessibility, desktop.workspace, desktop.pasteboard,
-                                    desktop.keyPoster, desktop.runLoop};
+    PasteboardLoan loan{desktop.pasteboard, desktop.runLoop};
+    ExternalTextWriteback writeback{desktop.accessibility, desktop.workspace, loan, desktop.keyPoster,
+                                    desktop.runLoop};
     WritebackTargetValidator validator{desktop.accessibility, desktop.workspace, settings};
     ExpressionRunner expressions{client};
+    TaskMaterial material;
+    ModelTasks tasks{client, settings, desktop.runLoop, material.closures()};
     ExternalActionHandler handler{{desktop.runLoop, desktop.accessibility, settings, engine, panel, writeback,
-                                   validator, expressions, memory, tracker, client}};
+                                   validator, expressions, memory, tracker, client, tasks}};
     std::optional<ChosenAction> chosen{std::in_place, desktop.runLoop, engine, reader, handler};
 };
 
@@ -103,6 +107,8 @@ TEST_F(ChosenActionTest, showsTheBusyStateWhereThePanelStood) {
     desktop.advance(0.06);
     EXPECT_TRUE(log.lines().contains(u"AI action state: optimizing"_s));
     EXPECT_EQ(desktop.floatingPanels.shownText(PanelKind::statusPill), u"正在优化"_s);
+    ASSERT_TRUE(desktop.httpClient.release());
+    desktop.advance(2);
 }
 
 TEST_F(ChosenActionTest, anUnreadableFieldGetsItsCardWithoutAQuestion) {

@@ -9,6 +9,7 @@
 #include "Session/UserBehaviorTracker.h"
 #include "support/fake/FakeDesktop.h"
 #include "support/fake/LogCapture.h"
+#include "support/fake/TaskWorld.h"
 
 #include <QTemporaryDir>
 
@@ -62,12 +63,15 @@ protected:
     SpaceGestureEngine engine{desktop.runLoop, desktop.keyEventTaps, desktop.preferences, desktop.pasteboard};
     MVPDebugPanel panel{desktop.runLoop, desktop.floatingPanels, desktop.screens, desktop.pasteboard,
                         desktop.preferences};
-    ExternalTextWriteback writeback{desktop.accessibility, desktop.workspace, desktop.pasteboard,
-                                    desktop.keyPoster, desktop.runLoop};
+    PasteboardLoan loan{desktop.pasteboard, desktop.runLoop};
+    ExternalTextWriteback writeback{desktop.accessibility, desktop.workspace, loan, desktop.keyPoster,
+                                    desktop.runLoop};
     WritebackTargetValidator validator{desktop.accessibility, desktop.workspace, settings};
     ExpressionRunner expressions{client};
+    TaskMaterial material;
+    ModelTasks tasks{client, settings, desktop.runLoop, material.closures()};
     ExternalActionHandler handler{{desktop.runLoop, desktop.accessibility, settings, engine, panel, writeback,
-                                   validator, expressions, memory, tracker, client}};
+                                   validator, expressions, memory, tracker, client, tasks}};
 };
 
 TEST_F(ExternalActionHandlerTest, theTrackerShowsWhatWasDone) {
@@ -81,8 +85,12 @@ TEST_F(ExternalActionHandlerTest, theTrackerShowsWhatWasDone) {
     run(Action::optimize(ExternalOptimizeMode::modelAdapt));
     EXPECT_EQ(behaviors().constFirst(), u"optimizeAction|3|Editor|optimize|yes"_s);
 
+    MemoryActionPreset shorter;
+    shorter.title = u"更简洁"_s;
+    shorter.description = u"压缩"_s;
+    shorter.instruction = u"把文本改写得更简洁。"_s;
     modelAnswers(u"Guten Tag."_s);
-    run(Action::memoryAction({u"更简洁"_s, u"压缩"_s, u"把文本改写得更简洁。"_s}, 3));
+    run(Action::memoryAction(shorter, 3));
     EXPECT_EQ(behaviors().constFirst(), u"memoryAction|更简洁|Editor|memory-action|yes"_s);
     EXPECT_EQ(behaviors().size(), 3);
     EXPECT_EQ(memory.load().size(), 3U);

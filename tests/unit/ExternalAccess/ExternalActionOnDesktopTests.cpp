@@ -83,8 +83,9 @@ protected:
     NotificationCenter notifications;
     AppSettings settings{desktop.preferences, notifications, desktop.environment};
     WritebackTargetValidator validator{desktop.accessibility, desktop.workspace, settings};
-    ExternalTextWriteback writer{desktop.accessibility, desktop.workspace, desktop.pasteboard,
-                                 desktop.keyPoster, desktop.runLoop};
+    PasteboardLoan loan{desktop.pasteboard, desktop.runLoop};
+    ExternalTextWriteback writer{desktop.accessibility, desktop.workspace, loan, desktop.keyPoster,
+                                 desktop.runLoop};
     QStringList shown;
     std::optional<QRectF> anchor;
 };

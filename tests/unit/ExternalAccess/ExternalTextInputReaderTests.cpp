@@ -15,11 +15,12 @@ using test::ScriptedElement;
 class FakeClipboardTextAccess final : public ClipboardTextAccess {
 public:
     ExternalTextReadResult readFocusedText(const QString& appName, const QString& bundleIdentifier,
-                                           std::optional<qint32> processIdentifier) override {
+                                           const PostTarget& target) override {
         ExternalTextReadResult result = answer;
         result.frontmostAppName = appName;
         result.bundleIdentifier = bundleIdentifier;
-        result.processIdentifier = processIdentifier;
+        result.processIdentifier = target.processIdentifier;
+        askedFor = target;
         result.role = QStringLiteral("clipboardFallback");
         result.requiresClipboardWriteback = true;
         return result;
@@ -27,6 +28,7 @@ public:
     bool write(const QString&, const ExternalTextReadResult&) override { return false; }
 
     ExternalTextReadResult answer;
+    std::optional<PostTarget> askedFor;
 };
 
 class ReaderTest : public testing::Test {

@@ -75,24 +75,25 @@ TEST_F(WritebackTest, ofTwoWritesWithinTheDelayTheSecondRemembersTheFirst) {
 
 TEST_F(WritebackTest, pendingRestoresRunAtOnceWhenAsked) {
     apply(QStringLiteral("A"), readSelecting(0, 0));
-    writer->runPendingRestores();
+    loan->giveBackPending();
     EXPECT_EQ(pasteboard(), QStringLiteral("user's"));
     const qint64 count = desktop.pasteboard.changeCount();
     desktop.advance(1);
-    writer->runPendingRestores();
+    loan->giveBackPending();
     EXPECT_EQ(desktop.pasteboard.changeCount(), count);  // once only
 }
 
 TEST_F(WritebackTest, ofTwoPendingRestoresTheUsersOwnComesLast) {
     apply(QStringLiteral("A"), readSelecting(0, 0));
     apply(QStringLiteral("B"), readSelecting(0, 0));
-    writer->runPendingRestores();
+    loan->giveBackPending();
     EXPECT_EQ(pasteboard(), QStringLiteral("user's"));
 }
 
-TEST_F(WritebackTest, theEndOfTheWriterGivesTheClipboardBack) {
+TEST_F(WritebackTest, theEndOfTheLoanGivesTheClipboardBack) {
     apply(QStringLiteral("A"), readSelecting(0, 0));
     writer.reset();
+    loan.reset();
     EXPECT_EQ(pasteboard(), QStringLiteral("user's"));
     desktop.advance(1);
     EXPECT_EQ(pasteboard(), QStringLiteral("user's"));

@@ -319,8 +319,8 @@ TEST_F(WritebackTest, withoutAnElementThereIsNoOtherWay) {
     road.succeeds = false;
     EXPECT_EQ(apply(QStringLiteral("NEW"), target), noTarget);
     EXPECT_EQ(log.lines().filter(QStringLiteral("Writeback failed: no AX target element")).size(), 2);
-    ExternalTextWriteback alone(desktop.accessibility, desktop.workspace, desktop.pasteboard,
-                                desktop.keyPoster, desktop.runLoop);
+    ExternalTextWriteback alone(desktop.accessibility, desktop.workspace, *loan, desktop.keyPoster,
+                                desktop.runLoop);
     EXPECT_EQ(alone.apply(QStringLiteral("NEW"), target, false), noTarget);
     EXPECT_EQ(pasteboard(), QStringLiteral("user's"));
 }

@@ -13,7 +13,7 @@ namespace veltrin::test {
 
 class ScriptedClipboardRoad final : public ClipboardTextAccess {
 public:
-    ExternalTextReadResult readFocusedText(const QString&, const QString&, std::optional<qint32>) override {
+    ExternalTextReadResult readFocusedText(const QString&, const QString&, const PostTarget&) override {
         return {};
     }
     bool write(const QString& text, const ExternalTextReadResult&) override {
@@ -53,9 +53,10 @@ protected:
     FakeApplication& editor = desktop.launch(QStringLiteral("Editor"), QStringLiteral("org.editor"));
     FakeTextField& field = editor.addField(QStringLiteral("0123456789abcde fin"));
     ScriptedClipboardRoad road;
-    std::unique_ptr<ExternalTextWriteback> writer =
-        std::make_unique<ExternalTextWriteback>(desktop.accessibility, desktop.workspace, desktop.pasteboard,
-                                                desktop.keyPoster, desktop.runLoop, &road);
+    std::unique_ptr<PasteboardLoan> loan =
+        std::make_unique<PasteboardLoan>(desktop.pasteboard, desktop.runLoop);
+    std::unique_ptr<ExternalTextWriteback> writer = std::make_unique<ExternalTextWriteback>(
+        desktop.accessibility, desktop.workspace, *loan, desktop.keyPoster, desktop.runLoop, &road);
 };
 
 inline const ExternalTextWritebackResult pasted{true, WritebackStrategy::clipboardPaste,

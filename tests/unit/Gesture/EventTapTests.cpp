@@ -200,12 +200,28 @@ TEST_F(EventTap, theCopyHintCountsTheUsersCopiesAndTakesNoKeyAway) {
     press(KeyCode::c);
     release(KeyCode::c);
     EXPECT_TRUE(copyHints.empty());
+    desktop.advance(0.1);
     const auto count = desktop.pasteboard.changeCount();
     press(KeyCode::c, KeyFlags::command | KeyFlags::shift);
     desktop.keyboard.repeat(KeyCode::c, KeyFlags::command);
     release(KeyCode::c, KeyFlags::command);
     EXPECT_EQ(copyHints, (std::vector<qint64>{count}));
     EXPECT_EQ(editor.pressesOf(KeyCode::c), 2);
+}
+
+TEST_F(EventTap, theCopyHintCountsWhatWasThereBeforeTheKeyHoweverFastTheApplicationCopies) {
+    desktop.pasteboard.put(QStringLiteral("before"));
+    desktop.advance(0.1);
+    const auto count = desktop.pasteboard.changeCount();
+    // The application may have copied before the key is told to us.
+    KeyEvent key;
+    key.keyCode = KeyCode::c;
+    key.flags = KeyFlags::command;
+    key.timestamp = static_cast<quint64>(std::llround(desktop.now() * 1e9));
+    desktop.pasteboard.copyFrom(editor.pid, QStringLiteral("copied"));
+    desktop.advance(0.02);
+    tap().handler(key);
+    EXPECT_EQ(copyHints, (std::vector<qint64>{count}));
 }
 
 TEST_F(EventTap, theCopyHintComesAlsoWhenTheKeyIsAShortcut) {

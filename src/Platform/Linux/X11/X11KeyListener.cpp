@@ -1,5 +1,7 @@
 #include "Platform/Linux/X11/X11KeyListener.h"
 
+#include "Platform/Linux/X11/X11ServerTime.h"
+
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
@@ -17,22 +19,6 @@ constexpr std::chrono::milliseconds answerLimit{50};
 /// A new keymap comes as a burst of notices; the grabs are renewed once it is over.
 constexpr std::uint64_t reloadDelay = 60'000'000;
 constexpr std::uint64_t millisecond = 1'000'000;
-
-std::uint64_t monotonicNow() {
-    timespec time{};
-    clock_gettime(CLOCK_MONOTONIC, &time);
-    return static_cast<std::uint64_t>(time.tv_sec) * 1'000'000'000 + static_cast<std::uint64_t>(time.tv_nsec);
-}
-
-/// The server counts milliseconds of the monotonic clock in 32 bits. A server with another clock (a remote
-/// one) gives the moment of arrival instead.
-std::uint64_t nanoseconds(xcb_timestamp_t time) {
-    const std::uint64_t now = monotonicNow();
-    const std::uint64_t nowMs = now / millisecond;
-    const auto age = static_cast<std::int32_t>(static_cast<std::uint32_t>(nowMs) - time);
-    if (std::abs(static_cast<std::int64_t>(age)) > 60'000) return now;
-    return (nowMs - static_cast<std::uint64_t>(static_cast<std::int64_t>(age))) * millisecond;
-}
 
 /// The two layouts that matter of the events that all extensions share.
 template <typename T>
@@ -266,7 +252,7 @@ bool X11KeyListener::grabEventFollows(Keycode key, xcb_timestamp_t time) {
 
 void X11KeyListener::rawPress(Keycode key, xcb_timestamp_t time) {
     if (key == keymap_->silentKey() || keymap_->isModifier(key)) return;
-    const auto when = nanoseconds(time);
+    const auto when = monotonicTime(time);
     repeats_.pressed(key, when);
     bool mayBeGrabbed = false;
     {
@@ -284,12 +270,12 @@ void X11KeyListener::rawRelease(Keycode key, xcb_timestamp_t time) {
     if (key == keymap_->silentKey() || keymap_->isModifier(key)) return;
     repeats_.released(key);
     hold_.rawRelease(key);
-    questions_.tell(keyEvent(KeyEventType::keyUp, key, modifiers_, nanoseconds(time)));
+    questions_.tell(keyEvent(KeyEventType::keyUp, key, modifiers_, monotonicTime(time)));
 }
 
 void X11KeyListener::grabbedPress(const DeviceEvent& event) {
     const auto key = static_cast<Keycode>(event.detail);
-    const auto when = nanoseconds(event.time);
+    const auto when = monotonicTime(event.time);
     auto report = keyEvent(KeyEventType::keyDown, key, event.mods.effective, when);
     report.isAutoRepeat = (event.flags & XCB_INPUT_KEY_EVENT_FLAGS_KEY_REPEAT) != 0;
     if (report.isAutoRepeat)
@@ -321,7 +307,7 @@ void X11KeyListener::grabbedRelease(const DeviceEvent& event) {
     const bool opensMenu = hold_.release(held);
     // A client that holds the keyboard is sent no raw events, so this release comes nowhere else.
     if (!held.isModifier) {
-        questions_.tell(keyEvent(KeyEventType::keyUp, key, event.mods.effective, nanoseconds(event.time)));
+        questions_.tell(keyEvent(KeyEventType::keyUp, key, event.mods.effective, monotonicTime(event.time)));
     }
     if (!opensMenu) return;
     if (const auto silent = keymap_->silentKey()) {

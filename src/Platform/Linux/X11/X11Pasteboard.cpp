@@ -20,6 +20,10 @@ qint64 X11Pasteboard::changeCount() const {
     return reader_->changeCount();
 }
 
+qint64 X11Pasteboard::changeCountAt(quint64 timestamp) const {
+    return reader_->changeCountAt(timestamp);
+}
+
 PasteboardString X11Pasteboard::string() const {
     // Our own offer is known without asking anybody. Whether it still stands only the server can say: the
     // thread that serves it may not have read yet that another program took over.

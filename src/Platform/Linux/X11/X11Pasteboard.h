@@ -19,6 +19,7 @@ public:
     ~X11Pasteboard() override;
 
     qint64 changeCount() const override;
+    qint64 changeCountAt(quint64 timestamp) const override;
     PasteboardString string() const override;
     void clearContents() override;
     bool setString(const QString& text, PasteboardContent content) override;

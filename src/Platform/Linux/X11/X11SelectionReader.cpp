@@ -1,5 +1,7 @@
 #include "Platform/Linux/X11/X11SelectionReader.h"
 
+#include "Platform/Linux/X11/X11ServerTime.h"
+
 #include <xcb/xfixes.h>
 
 #include <algorithm>
@@ -13,6 +15,8 @@ using std::chrono::milliseconds;
 
 /// So many names take turns, so that a late answer to one request is not taken for that to the next.
 constexpr unsigned propertyNames = 16;
+/// How many of the latest changes are remembered with their times.
+constexpr std::size_t rememberedChanges = 64;
 constexpr std::uint32_t everything = 0x1FFFFFFF;
 
 template <typename T>
@@ -43,7 +47,11 @@ X11SelectionReader::X11SelectionReader(const QByteArray& display)
 bool X11SelectionReader::count(const xcb_generic_event_t& event) {
     if ((event.response_type & 0x7F) != connection_->xfixesFirstEvent() + XCB_XFIXES_SELECTION_NOTIFY)
         return false;
-    if (as<xcb_xfixes_selection_notify_event_t>(event).selection == clipboard_) ++changes_;
+    const auto& notify = as<xcb_xfixes_selection_notify_event_t>(event);
+    if (notify.selection != clipboard_) return true;
+    ++changes_;
+    changeTimes_.push_back(monotonicTime(notify.timestamp));
+    if (changeTimes_.size() > rememberedChanges) changeTimes_.pop_front();
     return true;
 }
 
@@ -52,6 +60,13 @@ qint64 X11SelectionReader::changeCount() {
     connection_->roundTrip();
     wait(Clock::now(), [](const xcb_generic_event_t&) { return false; });
     return changes_;
+}
+
+qint64 X11SelectionReader::changeCountAt(std::uint64_t timestamp) {
+    qint64 count = changeCount();
+    for (auto time = changeTimes_.rbegin(); time != changeTimes_.rend() && *time >= timestamp; ++time)
+        --count;
+    return count;
 }
 
 /// Waits for an event, counting changes on the way. Answers that nobody waits for any more are taken off the

@@ -4,6 +4,8 @@
 #include "Platform/Pasteboard.h"
 
 #include <chrono>
+#include <cstdint>
+#include <deque>
 #include <memory>
 #include <optional>
 
@@ -17,6 +19,8 @@ public:
     bool isUsable() const { return connection_ != nullptr && connection_->hasXFixes(); }
     /// All changes until now, in the server's order.
     qint64 changeCount();
+    /// Those before a moment on the monotonic clock, in nanoseconds.
+    qint64 changeCountAt(std::uint64_t timestamp);
     /// The window that owns the selection now; XCB_NONE when none does.
     xcb_window_t owner() const;
     /// The plain text, in whatever form its owner has it.
@@ -45,6 +49,7 @@ private:
     xcb_atom_t clipboard_ = XCB_ATOM_NONE;
     xcb_atom_t stamp_ = XCB_ATOM_NONE;
     qint64 changes_ = 0;
+    std::deque<std::uint64_t> changeTimes_;  ///< of the latest changes, in nanoseconds
     unsigned reads_ = 0;
 };
 
