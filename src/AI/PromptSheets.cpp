@@ -57,7 +57,8 @@ QCoro::Task<void> AIOptimizeSheet::run(QString instructions) {
 
 void AIOptimizeSheet::onSave() {
     // The prompt may have been edited or deleted since the sheet opened.
-    const StoredPrompt* current = result_ ? prompts_.find(result_->id) : nullptr;
+    if (!result_) return;
+    const StoredPrompt* current = prompts_.find(result_->id);
     if (current == nullptr) return;
     StoredPrompt prompt = *current;
     prompt.content = result_->content;

@@ -32,7 +32,7 @@ ReverseWorkbench::ReverseWorkbench(const OllamaClient& client, RunLoop& runLoop,
 }
 
 QCoro::Task<WorkbenchProject> ReverseWorkbench::reverseEngineerProject(
-    QString material, QStringList intents, std::optional<QString> shortcut) const {
+    QString material, const QStringList& intents, const std::optional<QString>& shortcut) const {
     const QString contract =
         material_.runtimeContractPromptFor(shortcut.value_or(QStringLiteral("optimize")), std::nullopt);
     QString request = projectPrompt(contract, intents, material);
@@ -48,7 +48,8 @@ QCoro::Task<WorkbenchProject> ReverseWorkbench::reversing(ReverseWorkbench self,
     co_return WorkbenchProject::parse(response, source, Date{self.runLoop_->wallNow()});
 }
 
-QCoro::Task<QString> ReverseWorkbench::iteratePrompt(QString original, QString direction) const {
+QCoro::Task<QString> ReverseWorkbench::iteratePrompt(const QString& original,
+                                                     const QString& direction) const {
     return client_.generate(iterationPrompt(original, direction), temperature, std::nullopt, timeout);
 }
 

@@ -14,11 +14,11 @@ public:
     /// Asks the model for a project and leaves an entry in the history once it has answered. The contract is
     /// that of `shortcut`, of "optimize" without one. Throws what OllamaClient throws; an answer that cannot
     /// be read becomes the project's one artifact.
-    QCoro::Task<WorkbenchProject> reverseEngineerProject(QString material, QStringList intents,
-                                                         std::optional<QString> shortcut) const;
+    QCoro::Task<WorkbenchProject> reverseEngineerProject(QString material, const QStringList& intents,
+                                                         const std::optional<QString>& shortcut) const;
     /// `original` changed as the user's `direction` says: the model's answer as it came, which may be empty.
     /// Throws what OllamaClient throws.
-    QCoro::Task<QString> iteratePrompt(QString original, QString direction) const;
+    QCoro::Task<QString> iteratePrompt(const QString& original, const QString& direction) const;
 
 private:
     static QCoro::Task<WorkbenchProject> reversing(ReverseWorkbench self, QString material, QString request);

@@ -11,6 +11,7 @@ QString Row::target(const QString& shortcutWord) const {
 
 std::vector<Row> rows(const SceneConfig& scene, const AgentTeamManager& manager) {
     std::vector<Row> rows;
+    rows.reserve(scene.agents.size());
     for (const SceneAgentDef& agent : scene.agents)
         rows.push_back({agent.name, manager.agentNamed(agent.name) != nullptr, agent.shortcut, agent.slot});
     return rows;

@@ -106,9 +106,8 @@ WorkbenchProject WorkbenchProject::parse(const QString& response, const Workbenc
 }
 
 QString WorkbenchProject::primaryPromptText() const {
-    if (const QString plain = firstContent(artifacts, ArtifactType::plainPrompt); !plain.isEmpty())
-        return plain;
-    if (const QString blocks = promptAsset ? joinedBlocks(*promptAsset) : QString(); !blocks.isEmpty())
+    if (QString plain = firstContent(artifacts, ArtifactType::plainPrompt); !plain.isEmpty()) return plain;
+    if (QString blocks = promptAsset ? joinedBlocks(*promptAsset) : QString(); !blocks.isEmpty())
         return blocks;
     return firstContent(artifacts, std::nullopt);
 }

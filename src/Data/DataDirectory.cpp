@@ -7,7 +7,7 @@ namespace veltrin {
 QString appSupportDir(const SystemEnvironment& environment) {
     const QString base = environment.applicationSupportDirectory();
     if (base.isEmpty()) qFatal("The desktop names no folder for application data.");
-    const QString folder = base + QStringLiteral("/Veltrin");
+    QString folder = base + QStringLiteral("/Veltrin");
     Files::makePrivateFolder(folder);
     return folder;
 }

@@ -52,7 +52,7 @@ void VoiceRecordStore::updateTranscript(const QUuid& id, const QString& transcri
 }
 
 QString VoiceRecordStore::recordingsDirectory() const {
-    const QString directory = folder_ + QStringLiteral("/VoiceRecordings");
+    QString directory = folder_ + QStringLiteral("/VoiceRecordings");
     Files::makePrivateFolder(directory);
     return directory;
 }

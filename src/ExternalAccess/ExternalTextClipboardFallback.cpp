@@ -104,7 +104,7 @@ void ExternalTextClipboardFallback::activate(std::optional<qint32> processIdenti
                                              const Waits& waits) {
     const auto application =
         processIdentifier ? workspace_.runningApplication(*processIdentifier) : std::nullopt;
-    if (!application) {
+    if (!processIdentifier || !application) {
         MVPLog::write("Clipboard fallback activate skipped:", appName);
         return;
     }
@@ -159,7 +159,7 @@ PasteboardString ExternalTextClipboardFallback::waitForClipboardString(
     const double deadline = runLoop_.now() + copyRounds * copyRound;
     for (int round = 0; round < copyRounds && runLoop_.now() < deadline; ++round) {
         runLoop_.sleepFor(copyRound);
-        const PasteboardString copied = copiedString(emptyCount);
+        PasteboardString copied = copiedString(emptyCount);
         const bool isNew = !previous || copied.text != *previous || !copied.text.isEmpty();
         if (copied.status == Status::value && isNew) return copied;
     }

@@ -60,7 +60,7 @@ QString followed(const QString& path) {
 Contents read(const QString& path, qint64 maximumSize) {
     const QString target = followed(path);
     if (isAbsent(target)) return {};
-    const Contents unreadable{Contents::State::unreadable, {}};
+    Contents unreadable{Contents::State::unreadable, {}};
     const int descriptor =
         open(QFile::encodeName(target).constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
     if (descriptor < 0) return unreadable;

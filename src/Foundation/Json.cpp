@@ -131,8 +131,8 @@ private:
 nlohmann::ordered_json toLibrary(const Json& value) {
     if (const auto text = value.toString()) return text->toStdString();
     if (const auto flag = value.toBool()) return *flag;
-    if (value.isInteger()) return *value.toInteger();
-    if (value.isReal()) return *value.toDouble();
+    if (value.isReal()) return value.toDouble().value_or(0);
+    if (const auto number = value.toInteger()) return *number;
     if (const auto* array = value.array()) {
         auto result = nlohmann::ordered_json::array();
         for (const Json& element : *array)
@@ -201,7 +201,7 @@ private:
     }
     void startLine(int depth) {
         out_ += '\n';
-        out_.append(2 * depth, ' ');
+        out_.append(qsizetype{2} * depth, ' ');
     }
     void writeText(const QString& text) {
         out_ += '"';

@@ -3,6 +3,7 @@
 #include "Gesture/CustomShortcut.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 

@@ -14,7 +14,7 @@
 namespace veltrin {
 namespace {
 
-constexpr qint64 maximumSize = 16 * 1024 * 1024;
+constexpr qint64 maximumSize = qint64{16} * 1024 * 1024;
 constexpr int maximumKeptAside = 9;
 
 QString systemReason() {

@@ -43,7 +43,7 @@ std::optional<PreferencesDocument> PreferencesDocument::decode(const QByteArray&
     document.members_ = std::move(*json->object());
     document.values_.reserve(static_cast<qsizetype>(document.members_.size()));
     for (const auto& [key, member] : document.members_) {
-        if (auto value = typed(member)) document.values_.insert(key, std::move(*value));
+        if (const auto value = typed(member)) document.values_.insert(key, *value);
     }
     return document;
 }

@@ -18,7 +18,7 @@
 namespace veltrin {
 namespace {
 
-constexpr qint64 maximumBody = 64 * 1024 * 1024;
+constexpr qint64 maximumBody = qint64{64} * 1024 * 1024;
 constexpr int maximumRedirections = 20;
 
 /// The desktop's proxy, except for the own machine, where a proxy would only be in the way.

@@ -94,7 +94,7 @@ std::unique_ptr<FloatingPanel> QuickFloatingPanels::create(const PanelSpec& spec
         MVPLog::write("UI panel could not be made:", component.errorString());
         return nullptr;
     }
-    object.release();
+    static_cast<void>(object.release());  // its window keeps it
     auto window = std::make_unique<OverlayWindow>(card, spec.size.toSize(), spec.takesMouseEvents);
     return std::make_unique<QuickFloatingPanel>(std::move(window), screens_);
 }
