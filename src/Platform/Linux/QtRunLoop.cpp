@@ -1,7 +1,6 @@
 #include "Platform/Linux/QtRunLoop.h"
 
-#include <QCoreApplication>
-#include <QEvent>
+#include <QMetaObject>
 #include <QThread>
 #include <QTimer>
 
@@ -36,21 +35,20 @@ void QtRunLoop::post(std::function<void()> action) {
         const std::scoped_lock lock(postedLock_);
         posted_.push_back(std::move(action));
     }
-    QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+    // By name, so that nothing of ours but the queue crosses the threads.
+    QMetaObject::invokeMethod(this, "runPosted", Qt::QueuedConnection);
 }
 
-/// One event runs one action, so that what is posted meanwhile waits for its own turn.
-bool QtRunLoop::event(QEvent* event) {
-    if (event->type() != QEvent::User) return QObject::event(event);
+/// Runs one action, so that what is posted meanwhile waits for its own turn.
+void QtRunLoop::runPosted() {
     std::function<void()> action;
     {
         const std::scoped_lock lock(postedLock_);
-        if (posted_.empty()) return true;
+        if (posted_.empty()) return;
         action = std::move(posted_.front());
         posted_.pop_front();
     }
     action();
-    return true;
 }
 
 bool QtRunLoop::isMainThread() const {

@@ -28,11 +28,12 @@ public:
     void sleepFor(double seconds) override;
 
 protected:
-    bool event(QEvent* event) override;
     std::uint64_t schedule(double seconds, bool repeats, std::function<void()> action) override;
     void cancel(std::uint64_t id) override;
 
 private:
+    Q_INVOKABLE void runPosted();
+
     std::uint64_t lastId_ = 0;
     std::unordered_map<std::uint64_t, std::unique_ptr<QTimer>> timers_;
     /// What other threads hand over, behind a lock of our own that the thread sanitizer can see.
