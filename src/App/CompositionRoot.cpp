@@ -15,6 +15,7 @@
 #include "Platform/Linux/FilePreferences.h"
 #include "Platform/Linux/LinuxProcessControl.h"
 #include "Platform/Linux/LinuxSystemEnvironment.h"
+#include "Platform/Linux/Pulse/PulseSoundOutput.h"
 #include "Platform/Linux/QtHttpClient.h"
 #include "Platform/Linux/QtRunLoop.h"
 #include "Platform/Linux/SingleInstance.h"
@@ -27,6 +28,7 @@
 #include "Platform/Linux/X11TopLevelWindows.h"
 #include "Session/UserBehaviorTracker.h"
 #include "Session/WorkSessionManager.h"
+#include "System/InteractionSoundPlayer.h"
 #include "UI/Overlays/QuickFloatingPanels.h"
 
 #include <QGuiApplication>
@@ -87,10 +89,13 @@ struct CompositionRoot::Objects {
     ModelTasks tasks{client, settings, runLoop, taskMaterial(agents, data.dictionary, data.history)};
     WorkSessionManager workSession{runLoop, preferences, workspace, notifications};
     UserBehaviorTracker behaviors{appSupportDir(environment), runLoop};
+    PulseSoundOutput soundOutput;
+    InteractionSoundPlayer sounds{runLoop, soundOutput, settings};
     AppDelegate delegate{
         Desktop{runLoop, keyEventTaps, keyPoster, accessibility, pasteboard, workspace, screens, preferences,
                 httpClient, floatingPanels, processControl, environment},
-        AppDelegate::Shared{settings, notifications, client, expressionMemory, behaviors, data, tasks}};
+        AppDelegate::Shared{settings, notifications, client, expressionMemory, behaviors, data, tasks,
+                            sounds}};
 
     bool usesDarkPopups() const {
         switch (settings.popupAppearance()) {
