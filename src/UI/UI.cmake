@@ -14,6 +14,8 @@ foreach(file IN LISTS VELTRIN_QML)
     set_source_files_properties(${CMAKE_CURRENT_LIST_DIR}/${file} PROPERTIES QT_RESOURCE_ALIAS ${name})
     list(APPEND VELTRIN_QML_FILES ${CMAKE_CURRENT_LIST_DIR}/${file})
 endforeach()
+set_source_files_properties(${CMAKE_CURRENT_LIST_DIR}/Design/L.qml PROPERTIES QT_QML_SINGLETON_TYPE TRUE)
 qt_add_qml_module(veltrin_ui
     URI Veltrin VERSION 1.0 RESOURCE_PREFIX /qt/qml
+    OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/qml/Veltrin IMPORT_PATH ${CMAKE_BINARY_DIR}/qml
     QML_FILES ${VELTRIN_QML_FILES} DEPENDENCIES QtQuick NO_CACHEGEN NO_PLUGIN)

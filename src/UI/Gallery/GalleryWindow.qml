@@ -64,7 +64,7 @@ Window {
                 }
             }
             Section {
-                name: L.t("颜色", "Colours")
+                name: L.t("颜色", "Colors")
 
                 Grid {
                     columns: 8

@@ -16,6 +16,8 @@ VtPressable {
     property bool vacant: false
     /// The row that Return and Space choose.
     property bool preferred: false
+    /// Pixels saved between the parts of a narrow row.
+    property int tightness: 0
 
     label: (mark.length > 0 ? mark + " " : "") + title
     focusable: false
@@ -31,7 +33,7 @@ VtPressable {
     }
     VtKeyCap {
         id: number
-        x: 6
+        x: 6 - row.tightness
         anchors.verticalCenter: parent.verticalCenter
         theme: row.theme
         text: row.slotNumber
@@ -40,7 +42,7 @@ VtPressable {
     }
     VtIconTile {
         id: tile
-        anchors { left: number.right; leftMargin: VtTheme.gap; verticalCenter: parent.verticalCenter }
+        anchors { left: number.right; leftMargin: VtTheme.gap - row.tightness; verticalCenter: parent.verticalCenter }
         visible: row.symbol.length > 0
         side: 20
         theme: row.theme
@@ -49,7 +51,7 @@ VtPressable {
     }
     VtText {
         id: name
-        anchors { left: tile.visible ? tile.right : number.right; leftMargin: VtTheme.gap; verticalCenter: parent.verticalCenter }
+        anchors { left: tile.visible ? tile.right : number.right; leftMargin: VtTheme.gap - row.tightness; verticalCenter: parent.verticalCenter }
         width: Math.min(implicitWidth, parent.width - x - (row.detail.length > 0 ? 60 : VtTheme.gap))
         text: row.title
         theme: row.theme

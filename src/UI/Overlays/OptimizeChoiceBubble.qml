@@ -1,3 +1,4 @@
+pragma ComponentBehavior: Bound
 import QtQuick
 import Veltrin
 
@@ -38,7 +39,7 @@ PanelCard {
                 width: column.width
                 height: 30
                 theme: bubble.theme
-                slotNumber: entry.slot ?? index + 1
+                slotNumber: Number.isInteger(entry.slot) ? entry.slot : index + 1
                 title: entry.title ?? ""
                 detail: entry.detail ?? ""
                 symbol: entry.symbol ?? ""
@@ -83,9 +84,10 @@ PanelCard {
 
                     width: (column.width - 4) / 2
                     theme: bubble.theme
-                    slotNumber: entry.slot ?? index + 1
+                    slotNumber: Number.isInteger(entry.slot) ? entry.slot : index + 1
                     title: entry.title ?? ""
                     mark: bubble.presetMark
+                    tightness: 2
                     explanation: entry.detail ?? ""
                     symbol: entry.symbol ?? ""
                     colorHex: entry.colorHex ?? ""

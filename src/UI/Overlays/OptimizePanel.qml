@@ -1,3 +1,4 @@
+pragma ComponentBehavior: Bound
 import QtQuick
 import Veltrin
 
@@ -38,7 +39,7 @@ Item {
         id: title
         anchors { left: parent.left; leftMargin: VtTheme.padding; right: close.left; rightMargin: VtTheme.space; verticalCenter: close.verticalCenter }
         theme: panel.theme
-        title: L.t("优化提示词", "Optimise the prompt")
+        title: L.t("优化提示词", "Optimize the prompt")
         systemName: "wand.and.stars"
     }
     VtIconButton {

@@ -1,3 +1,4 @@
+pragma ComponentBehavior: Bound
 import QtQuick
 import Veltrin
 
@@ -59,7 +60,7 @@ Item {
 
             VtKeyCap {
                 required property string modelData
-                anchors.verticalCenter: parent.verticalCenter
+                y: (content.height - height) / 2
                 theme: view.theme
                 text: modelData
                 Accessible.ignored: true

@@ -15,7 +15,7 @@ VtRow {
     VtButton {
         anchors.verticalCenter: parent.verticalCenter
         theme: row.theme
-        text: L.t("自定义", "Customise")
+        text: L.t("自定义", "Customize")
         onClicked: row.model.beginCapture()
     }
     VtButton {
