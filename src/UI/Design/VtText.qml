@@ -26,4 +26,5 @@ Text {
 
     Accessible.role: Accessible.StaticText
     Accessible.name: text
+    Accessible.ignored: text.length === 0
 }

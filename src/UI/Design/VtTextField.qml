@@ -47,8 +47,6 @@ Item {
 
         Accessible.role: Accessible.EditableText
         Accessible.name: field.label
-        Accessible.passwordEdit: echoMode !== TextInput.Normal
-        Accessible.readOnly: readOnly
     }
     VtFocusRing { theme: field.theme; shown: input.activeFocus }
 }
