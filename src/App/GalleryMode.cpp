@@ -26,8 +26,10 @@ const QString pictureOption = QStringLiteral("gallery-picture");
 void GalleryMode::addOptions(QCommandLineParser& parser) {
     parser.addOptions({
         {galleryOption, QStringLiteral("Show every element of the interface, for developers.")},
-        {themeOption, QStringLiteral("In that page: light or dark."), QStringLiteral("theme"), QStringLiteral("light")},
-        {languageOption, QStringLiteral("In that page: zh or en."), QStringLiteral("language"), QStringLiteral("zh")},
+        {themeOption, QStringLiteral("In that page: light or dark."), QStringLiteral("theme"),
+         QStringLiteral("light")},
+        {languageOption, QStringLiteral("In that page: zh or en."), QStringLiteral("language"),
+         QStringLiteral("zh")},
         {pictureOption, QStringLiteral("Write that page to <file> and end."), QStringLiteral("file")},
     });
 }

@@ -1,6 +1,6 @@
+#include "UI/Design/VtTheme.h"
 #include "UI/Gallery/Gallery.h"
 #include "support/fake/FakePreferences.h"
-#include "UI/Design/VtTheme.h"
 #include "ui/InterfaceTest.h"
 
 #include <QAccessible>
@@ -40,9 +40,11 @@ protected:
     }
     void click(QQuickItem* item) {
         const QPointF place = item->mapToScene({item->width() / 2, item->height() / 2});
-        QMouseEvent down(QEvent::MouseButtonPress, place, place, Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
+        QMouseEvent down(QEvent::MouseButtonPress, place, place, Qt::LeftButton, Qt::LeftButton,
+                         Qt::NoModifier);
         QCoreApplication::sendEvent(&window(), &down);
-        QMouseEvent up(QEvent::MouseButtonRelease, place, place, Qt::LeftButton, Qt::NoButton, Qt::NoModifier);
+        QMouseEvent up(QEvent::MouseButtonRelease, place, place, Qt::LeftButton, Qt::NoButton,
+                       Qt::NoModifier);
         QCoreApplication::sendEvent(&window(), &up);
     }
     /// The window has to think that it is active before an item gets the focus.
@@ -67,8 +69,8 @@ TEST_F(Elements, everyElementOnTheGalleryHasARoleAndAName) {
                 ++count;
                 EXPECT_NE(child->role(), QAccessible::NoRole);
                 EXPECT_NE(child->text(QAccessible::Name).toStdString(), "")
-                    << "role " << child->role() << " of " << child->object()->metaObject()->className() << " in "
-                    << element->text(QAccessible::Name).toStdString() << " with the text "
+                    << "role " << child->role() << " of " << child->object()->metaObject()->className()
+                    << " in " << element->text(QAccessible::Name).toStdString() << " with the text "
                     << child->object()->property("text").toString().toStdString();
                 walk(child);
             }
@@ -186,7 +188,9 @@ TEST_F(Elements, progressStaysWithinItsEnds) {
 // MARK: The choice
 
 QVariantMap row(int slot, const QString& title) {
-    return {{QStringLiteral("slot"), slot}, {QStringLiteral("title"), title}, {QStringLiteral("symbol"), QStringLiteral("scope")}};
+    return {{QStringLiteral("slot"), slot},
+            {QStringLiteral("title"), title},
+            {QStringLiteral("symbol"), QStringLiteral("scope")}};
 }
 
 class Choice : public Elements {
@@ -203,7 +207,8 @@ protected:
     QList<QQuickItem*> rows(QQuickItem* bubble) {
         QList<QQuickItem*> found;
         const std::function<void(QQuickItem*)> walk = [&](QQuickItem* item) {
-            if (QString::fromLatin1(item->metaObject()->className()).startsWith(u"ChoiceRow")) found.append(item);
+            if (QString::fromLatin1(item->metaObject()->className()).startsWith(u"ChoiceRow"))
+                found.append(item);
             for (QQuickItem* child : item->childItems())
                 walk(child);
         };
@@ -253,7 +258,8 @@ TEST_F(Choice, aFullChoiceFitsItsPanel) {
 }
 
 TEST_F(Choice, takesWhateverTheUsersFilesSay) {
-    QQuickItem* bubble = makeChoice({QVariantMap{}, row(2, QString(100000, u'长')), QVariantMap{{QStringLiteral("slot"), QStringLiteral("x")}}},
+    QQuickItem* bubble = makeChoice({QVariantMap{}, row(2, QString(100000, u'长')),
+                                     QVariantMap{{QStringLiteral("slot"), QStringLiteral("x")}}},
                                     {QVariantMap{{QStringLiteral("colorHex"), QStringLiteral("none")}}});
     ASSERT_NE(bubble, nullptr);
     static_cast<void>(window().grabWindow());
@@ -274,7 +280,8 @@ TEST_F(Choice, neverTakesTheKeyboard) {
 // MARK: Messages
 
 TEST_F(Elements, aMessagePartsItsHeadlineFromItsExplanation) {
-    QQuickItem* panel = make(QStringLiteral("TextPanel"), {{QStringLiteral("text"), QStringLiteral("已复制\n结果：一\n二")}});
+    QQuickItem* panel =
+        make(QStringLiteral("TextPanel"), {{QStringLiteral("text"), QStringLiteral("已复制\n结果：一\n二")}});
     ASSERT_NE(panel, nullptr);
     EXPECT_EQ(panel->property("headline").toString(), QStringLiteral("已复制"));
     EXPECT_EQ(panel->property("explanation").toString(), QStringLiteral("结果：一\n二"));
@@ -294,8 +301,8 @@ TEST_F(Elements, theWindowsOwnChoiceHasItsFourWays) {
     QStringList titles;
     for (const QVariant& option : options)
         titles.append(option.toMap().value(QStringLiteral("title")).toString());
-    EXPECT_EQ(titles, (QStringList{QStringLiteral("更精确"), QStringLiteral("重组结构"), QStringLiteral("适配模型"),
-                                   QStringLiteral("适配格式")}));
+    EXPECT_EQ(titles, (QStringList{QStringLiteral("更精确"), QStringLiteral("重组结构"),
+                                   QStringLiteral("适配模型"), QStringLiteral("适配格式")}));
 }
 
 TEST_F(Elements, thinkingStandsStillWhenTheUserWantsLessMotion) {

@@ -35,8 +35,8 @@ void collectIcons(const Json& value, std::set<QString>& into) {
 
 TEST(IconSet, drawsEverySymbolThatTheContentNames) {
     std::set<QString> symbols;
-    QDirIterator files(QStringLiteral(VELTRIN_SOURCE_DIR "/resources"), {QStringLiteral("*.json")}, QDir::Files,
-                       QDirIterator::Subdirectories);
+    QDirIterator files(QStringLiteral(VELTRIN_SOURCE_DIR "/resources"), {QStringLiteral("*.json")},
+                       QDir::Files, QDirIterator::Subdirectories);
     while (files.hasNext()) {
         const auto json = Json::tryParse(contentOf(files.next()));
         ASSERT_TRUE(json) << files.filePath().toStdString();

@@ -20,9 +20,10 @@ class InterfaceTest : public testing::Test {
 protected:
     InterfaceTest() {
         warnings_.clear();
-        previous_ = qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& text) {
-            if (type != QtDebugMsg && type != QtInfoMsg) warnings_.append(text);
-        });
+        previous_ =
+            qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& text) {
+                if (type != QtDebugMsg && type != QtInfoMsg) warnings_.append(text);
+            });
         engine_ = QmlModule::makeEngine(look_);
     }
     ~InterfaceTest() override {

@@ -3,9 +3,9 @@
 #include "Platform/Linux/LinuxDesktopAppearance.h"
 #include "UI/Design/LookSource.h"
 #include "UI/Design/VtFonts.h"
+#include "UI/Design/VtTheme.h"
 #include "support/fake/FakePreferences.h"
 #include "support/fake/FakeSystemEnvironment.h"
-#include "UI/Design/VtTheme.h"
 #include "ui/InterfaceTest.h"
 
 #include <QDBusConnection>
@@ -92,7 +92,8 @@ TEST_F(Look, coloursOnTheScreenChangeWithTheAppearance) {
 }
 
 TEST_F(Look, nothingTakesTimeWhenTheUserWantsLessMotion) {
-    QQuickItem* item = makeFrom("Item { property int quick: VtTheme.quick; property int slow: VtTheme.slow }");
+    QQuickItem* item =
+        makeFrom("Item { property int quick: VtTheme.quick; property int slow: VtTheme.slow }");
     ASSERT_NE(item, nullptr);
     EXPECT_EQ(item->property("quick").toInt(), 120);
     look_.setReducedMotion(true);

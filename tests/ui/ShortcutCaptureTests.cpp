@@ -62,7 +62,8 @@ TEST_F(ShortcutCapturing, waitsForKeysAndStoresWhatIsPressed) {
     EXPECT_TRUE(press(Qt::Key_K, Qt::ControlModifier | Qt::ShiftModifier));
     EXPECT_FALSE(model_->isRecording());
     EXPECT_EQ(stored("shortcut_optimize"), QStringLiteral("⌘⇧|K"));
-    EXPECT_EQ(model_->keys(), (QStringList{QStringLiteral("Ctrl"), QStringLiteral("Shift"), QStringLiteral("K")}));
+    EXPECT_EQ(model_->keys(),
+              (QStringList{QStringLiteral("Ctrl"), QStringLiteral("Shift"), QStringLiteral("K")}));
 }
 
 TEST_F(ShortcutCapturing, swallowsEveryKeyWhileItWaits) {
@@ -82,7 +83,8 @@ TEST_F(ShortcutCapturing, swallowsEveryKeyWhileItWaits) {
 TEST_F(ShortcutCapturing, aModifierAloneIsNoKey) {
     ASSERT_NE(makeRow(CustomShortcutAction::optimize), nullptr);
     model_->beginCapture();
-    for (const int key : {Qt::Key_Shift, Qt::Key_Control, Qt::Key_Alt, Qt::Key_Super_L, Qt::Key_CapsLock, Qt::Key_AltGr})
+    for (const int key :
+         {Qt::Key_Shift, Qt::Key_Control, Qt::Key_Alt, Qt::Key_Super_L, Qt::Key_CapsLock, Qt::Key_AltGr})
         press(key);
     EXPECT_TRUE(model_->isRecording());
     EXPECT_FALSE(stored("shortcut_optimize"));

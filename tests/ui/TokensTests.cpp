@@ -37,15 +37,19 @@ protected:
     const PaletteColors& colors() { return GetParam().colors(); }
     /// What text stands on, with the worst that can shine through a translucent one.
     std::vector<QColor> grounds() {
-        return {blended(colors().surface, Qt::black), blended(colors().surface, Qt::white),
-                colors().surfaceOpaque, colors().card, colors().surfaceAlt, colors().accentSoft};
+        return {blended(colors().surface, Qt::black),
+                blended(colors().surface, Qt::white),
+                colors().surfaceOpaque,
+                colors().card,
+                colors().surfaceAlt,
+                colors().accentSoft};
     }
 };
 
 TEST_P(Palettes, everyTextCanBeReadOnEveryGround) {
     for (const QColor& ground : grounds()) {
-        for (const QColor& text : {colors().text, colors().textSub, colors().muted, colors().successText,
-                                   colors().dangerText})
+        for (const QColor& text :
+             {colors().text, colors().textSub, colors().muted, colors().successText, colors().dangerText})
             EXPECT_GE(contrast(text, ground), 4.5)
                 << text.name().toStdString() << " on " << ground.name().toStdString();
     }
@@ -66,9 +70,10 @@ TEST_P(Palettes, whatIsOperatedCanBeSeen) {
 TEST_P(Palettes, everyColourIsSet) {
     const PaletteColors& own = colors();
     for (const QColor& color :
-         {own.surface, own.surfaceOpaque, own.card, own.surfaceAlt, own.text, own.textSub, own.muted, own.stroke,
-          own.outline, own.divider, own.accent, own.accentText, own.accentSoft, own.success, own.successText,
-          own.danger, own.dangerText, own.dangerFill, own.dangerFillText, own.shadow})
+         {own.surface, own.surfaceOpaque, own.card,       own.surfaceAlt,     own.text,
+          own.textSub, own.muted,         own.stroke,     own.outline,        own.divider,
+          own.accent,  own.accentText,    own.accentSoft, own.success,        own.successText,
+          own.danger,  own.dangerText,    own.dangerFill, own.dangerFillText, own.shadow})
         EXPECT_TRUE(color.isValid());
 }
 

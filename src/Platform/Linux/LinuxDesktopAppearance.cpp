@@ -60,7 +60,8 @@ void LinuxDesktopAppearance::ask(QDBusConnection& bus, const QString& group, con
     });
 }
 
-void LinuxDesktopAppearance::onSettingChanged(const QString& group, const QString& key, const QDBusVariant& value) {
+void LinuxDesktopAppearance::onSettingChanged(const QString& group, const QString& key,
+                                              const QDBusVariant& value) {
     take(group, key, value.variant());
 }
 
@@ -90,7 +91,8 @@ void LinuxDesktopAppearance::readGtkSettings(const QString& configFolder) {
             const QString name = line.section(u'=', 0, 0).trimmed();
             const QString value = line.section(u'=', 1).trimmed();
             if (name == u"gtk-application-prefer-dark-theme" && isTrue(value)) fallbackDark_ = true;
-            if (name == u"gtk-theme-name" && value.endsWith(u"-dark", Qt::CaseInsensitive)) fallbackDark_ = true;
+            if (name == u"gtk-theme-name" && value.endsWith(u"-dark", Qt::CaseInsensitive))
+                fallbackDark_ = true;
             if (name == u"gtk-enable-animations") fallbackAnimations_ = isTrue(value);
         }
     }

@@ -11,8 +11,9 @@ class QDBusConnection;
 
 namespace veltrin {
 
-/// The desktop's look from its settings portal. It is asked without waiting; until it answers, and where there is none
-/// or it has no opinion, GTK's settings file and then the palette tell whether the look is dark.
+/// The desktop's look from its settings portal. It is asked without waiting; until it answers, and where
+/// there is none or it has no opinion, GTK's settings file and then the palette tell whether the look is
+/// dark.
 class LinuxDesktopAppearance final : public QObject, public DesktopAppearance {
     Q_OBJECT
 public:

@@ -5,7 +5,8 @@
 
 namespace veltrin {
 
-/// A drawn icon, by the product's symbol name. A name that nobody knows shows a stand-in, an empty one nothing.
+/// A drawn icon, by the product's symbol name. A name that nobody knows shows a stand-in, an empty one
+/// nothing.
 class VtIcon : public QQuickPaintedItem {
     Q_OBJECT
     Q_PROPERTY(QString symbol MEMBER symbol_ NOTIFY lookChanged)

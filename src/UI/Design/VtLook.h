@@ -8,8 +8,8 @@ class QQmlEngine;
 
 namespace veltrin {
 
-/// What the whole interface depends on: its language, and how light or dark it is. One object feeds all windows; its
-/// owner keeps it true, and elements bind to it.
+/// What the whole interface depends on: its language, and how light or dark it is. One object feeds all
+/// windows; its owner keeps it true, and elements bind to it.
 class VtLook : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool english MEMBER english_ NOTIFY englishChanged)
@@ -23,8 +23,8 @@ public:
     /// Not to be made by default: QML would make one of its own instead of asking `create`.
     explicit VtLook(QObject* parent) : QObject(parent) {}
 
-    /// The object that the engine's windows shall see; it must outlive the engine. Without a call they see a light
-    /// and Chinese one.
+    /// The object that the engine's windows shall see; it must outlive the engine. Without a call they see a
+    /// light and Chinese one.
     static void install(QQmlEngine& engine, VtLook& look);
     static VtLook* create(QQmlEngine* engine, QJSEngine* scriptEngine);
 

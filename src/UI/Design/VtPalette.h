@@ -6,11 +6,11 @@
 
 namespace veltrin {
 
-/// The colours of one appearance. Text colours keep 4.5:1 on each of its grounds: `surface`, `card`, `surfaceAlt` and
-/// `accentSoft`.
+/// The colours of one appearance. Text colours keep 4.5:1 on each of its grounds: `surface`, `card`,
+/// `surfaceAlt` and `accentSoft`.
 struct PaletteColors {
     bool dark = false;
-    QColor surface;        ///< a window's ground, or a popup's own card; the latter lets a little shine through
+    QColor surface;  ///< a window's ground, or a popup's own card; the latter lets a little shine through
     QColor surfaceOpaque;  ///< the same, for where nothing can shine through
     QColor card;           ///< a card on a window; in a popup the card is the ground itself
     QColor surfaceAlt;     ///< a quiet second ground: what is pointed at, a field, a chip
@@ -58,7 +58,8 @@ class VtPalette : public QObject {
     QML_ELEMENT
     QML_UNCREATABLE("VtTheme and PopupTheme have them")
 public:
-    explicit VtPalette(const PaletteColors& colors, QObject* parent = nullptr) : QObject(parent), colors_(colors) {}
+    explicit VtPalette(const PaletteColors& colors, QObject* parent = nullptr)
+        : QObject(parent), colors_(colors) {}
 
     const PaletteColors& colors() const { return colors_; }
     bool dark() const { return colors_.dark; }

@@ -22,7 +22,8 @@ void VtShadow::paint(QPainter* painter) {
     QPainterPath around;
     around.addRect(QRectF(0, 0, width(), height()));
     painter->setClipPath(around.subtracted(inside));
-    // One thin shell a pixel from the outside in; together they fall off like a blur, for the price of a few fills.
+    // One thin shell a pixel from the outside in; together they fall off like a blur, for the price of a few
+    // fills.
     const int shells = std::max(1, static_cast<int>(std::lround(spread_ - drop_)));
     double reached = 0;
     for (int shell = 0; shell < shells; ++shell) {
@@ -35,7 +36,8 @@ void VtShadow::paint(QPainter* painter) {
         color.setAlphaF(static_cast<float>(alpha));
         const double out = shells - shell - 1;
         painter->setBrush(color);
-        painter->drawRoundedRect(card.adjusted(-out, -out + drop_, out, out + drop_), radius_ + out, radius_ + out);
+        painter->drawRoundedRect(card.adjusted(-out, -out + drop_, out, out + drop_), radius_ + out,
+                                 radius_ + out);
     }
 }
 

@@ -5,8 +5,8 @@
 
 namespace veltrin {
 
-/// The soft shadow under a rounded card. The item has the card's geometry grown by `spread` on every side; what the
-/// card itself covers stays clear, so that a translucent card does not darken.
+/// The soft shadow under a rounded card. The item has the card's geometry grown by `spread` on every side;
+/// what the card itself covers stays clear, so that a translucent card does not darken.
 class VtShadow : public QQuickPaintedItem {
     Q_OBJECT
     Q_PROPERTY(QColor color MEMBER color_ NOTIFY lookChanged)

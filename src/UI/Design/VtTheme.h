@@ -17,7 +17,8 @@ const PaletteColors& windowDark();
 const PaletteColors& popupLight();
 const PaletteColors& popupInvertedBlack();
 
-// Type, in pixels. The families stand in the application's font, so that Chinese takes the right forms everywhere.
+// Type, in pixels. The families stand in the application's font, so that Chinese takes the right forms
+// everywhere.
 inline constexpr int sizeCaption = 11;
 inline constexpr int sizeSmall = 12;
 inline constexpr int sizeBody = 13;

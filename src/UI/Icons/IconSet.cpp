@@ -36,7 +36,8 @@ IconSet::IconSet() {
 }
 
 QString IconSet::glyph(const QString& symbol) const {
-    for (QString name = symbol; !name.isEmpty(); name.truncate(std::max<qsizetype>(0, name.lastIndexOf(u'.')))) {
+    for (QString name = symbol; !name.isEmpty();
+         name.truncate(std::max<qsizetype>(0, name.lastIndexOf(u'.')))) {
         for (const QString& candidate : {name, name + QStringLiteral(".fill")}) {
             if (const auto found = symbols_.constFind(candidate); found != symbols_.constEnd()) return *found;
         }

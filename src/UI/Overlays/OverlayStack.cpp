@@ -63,7 +63,8 @@ void OverlayStack::raiseAll() {
     flushWindows();
 }
 
-/// Only ordinary windows count: whoever manages its own windows, a screen locker say, may well want to be above.
+/// Only ordinary windows count: whoever manages its own windows, a screen locker say, may well want to be
+/// above.
 bool OverlayStack::concernsStacking(const void* message) const {
     const auto* event = static_cast<const xcb_generic_event_t*>(message);
     switch (event->response_type & 0x7F) {
@@ -94,7 +95,8 @@ bool OverlayStack::nativeEventFilter(const QByteArray& type, void* message, qint
     const bool isRandr = randrEvent_ >= 0 && (kind == randrEvent_ + XCB_RANDR_SCREEN_CHANGE_NOTIFY ||
                                               kind == randrEvent_ + XCB_RANDR_NOTIFY);
     // After Qt has taken the news in.
-    if ((isRoot || isRandr) && screensChanged) QMetaObject::invokeMethod(this, screensChanged, Qt::QueuedConnection);
+    if ((isRoot || isRandr) && screensChanged)
+        QMetaObject::invokeMethod(this, screensChanged, Qt::QueuedConnection);
     return false;
 }
 

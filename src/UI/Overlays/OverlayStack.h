@@ -11,8 +11,8 @@ namespace veltrin {
 
 class OverlayWindow;
 
-/// Keeps the overlays that are shown above everything and on a screen, whatever the desktop does: windows that are
-/// opened or brought to front later, and screens that go. Costs nothing while no overlay is shown.
+/// Keeps the overlays that are shown above everything and on a screen, whatever the desktop does: windows
+/// that are opened or brought to front later, and screens that go. Costs nothing while no overlay is shown.
 class OverlayStack final : public QObject, public QAbstractNativeEventFilter {
     Q_OBJECT
 public:

@@ -115,7 +115,9 @@ void OverlayWindow::shapeInput() {
     xcb_connection_t* connection = windowsConnection();
     if (connection == nullptr) return;
     const double scale = devicePixelRatio();
-    const auto pixels = [scale](int length) { return static_cast<std::int16_t>(std::lround(length * scale)); };
+    const auto pixels = [scale](int length) {
+        return static_cast<std::int16_t>(std::lround(length * scale));
+    };
     const xcb_rectangle_t card{pixels(shadowRoom_), pixels(shadowRoom_),
                                static_cast<std::uint16_t>(pixels(cardSize_.width())),
                                static_cast<std::uint16_t>(pixels(cardSize_.height()))};

@@ -12,8 +12,9 @@ class QQuickItem;
 namespace veltrin {
 
 /// A window that floats above all others on every desktop and never takes the focus: on X11 an
-/// override-redirect window. Its content is one QML card. Where the desktop blends windows, the window is larger than
-/// the card by the room of the card's shadow, and lets clicks there through; elsewhere it is cut to the card's shape.
+/// override-redirect window. Its content is one QML card. Where the desktop blends windows, the window is
+/// larger than the card by the room of the card's shadow, and lets clicks there through; elsewhere it is cut
+/// to the card's shape.
 class OverlayWindow : public QQuickWindow {
     Q_OBJECT
 public:

@@ -137,7 +137,8 @@ public:
         if (window_) window_->animateIn(scale, panels_->look_.reducedMotion() ? 0 : duration);
     }
     void animateOut(std::function<void()> completion) override {
-        if (window_) window_->animateOut(panels_->look_.reducedMotion() ? 0 : fadeOutSeconds, std::move(completion));
+        if (window_)
+            window_->animateOut(panels_->look_.reducedMotion() ? 0 : fadeOutSeconds, std::move(completion));
     }
 
 private:
@@ -183,7 +184,8 @@ OverlayWindow* QuickFloatingPanels::makeWindow(PanelKind kind, QSize size, bool 
 OverlayWindow* QuickFloatingPanels::take(const PanelSpec& spec) {
     const auto find = [&] {
         return std::find_if(windows_.begin(), windows_.end(), [&](const auto& kept) {
-            return !kept->isTaken && kept->kind == spec.kind && kept->takesMouseEvents == spec.takesMouseEvents;
+            return !kept->isTaken && kept->kind == spec.kind &&
+                   kept->takesMouseEvents == spec.takesMouseEvents;
         });
     };
     auto found = find();
@@ -244,10 +246,12 @@ void QuickFloatingPanels::keepOnScreens() {
         });
         if (stands) continue;
         const QRectF visible = screens.front().visibleFrame;
-        const double x = std::max(ScreenRect::minX(visible) + screenMargin,
-                                  std::min(turned.x(), ScreenRect::maxX(visible) - turned.width() - screenMargin));
-        const double y = std::max(ScreenRect::minY(visible) + screenMargin,
-                                  std::min(turned.y(), ScreenRect::maxY(visible) - turned.height() - screenMargin));
+        const double x =
+            std::max(ScreenRect::minX(visible) + screenMargin,
+                     std::min(turned.x(), ScreenRect::maxX(visible) - turned.width() - screenMargin));
+        const double y =
+            std::max(ScreenRect::minY(visible) + screenMargin,
+                     std::min(turned.y(), ScreenRect::maxY(visible) - turned.height() - screenMargin));
         window->setCardPosition(QPointF(x, height - y - turned.height()).toPoint());
         flushWindows();
     }

@@ -16,8 +16,9 @@ class OverlayStack;
 class OverlayWindow;
 class VtLook;
 
-/// The floating panels as QML windows. A window that is done is kept and used again by the next panel of its kind, so
-/// that a panel's appearing costs little and panels without number cost no more windows than stood at one time.
+/// The floating panels as QML windows. A window that is done is kept and used again by the next panel of its
+/// kind, so that a panel's appearing costs little and panels without number cost no more windows than stood
+/// at one time.
 class QuickFloatingPanels final : public QObject, public FloatingPanels {
     Q_OBJECT
 public:

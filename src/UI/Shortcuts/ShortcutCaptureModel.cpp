@@ -33,9 +33,10 @@ constexpr auto namedKeys = std::to_array<NamedKey>({
     {Qt::Key_Up, 126},
 });
 
-constexpr auto modifierKeys = std::to_array<int>(
-    {Qt::Key_Shift, Qt::Key_Control, Qt::Key_Alt, Qt::Key_AltGr, Qt::Key_Meta, Qt::Key_Super_L, Qt::Key_Super_R,
-     Qt::Key_Hyper_L, Qt::Key_Hyper_R, Qt::Key_CapsLock, Qt::Key_NumLock, Qt::Key_ScrollLock});
+constexpr auto modifierKeys =
+    std::to_array<int>({Qt::Key_Shift, Qt::Key_Control, Qt::Key_Alt, Qt::Key_AltGr, Qt::Key_Meta,
+                        Qt::Key_Super_L, Qt::Key_Super_R, Qt::Key_Hyper_L, Qt::Key_Hyper_R, Qt::Key_CapsLock,
+                        Qt::Key_NumLock, Qt::Key_ScrollLock});
 
 quint64 flagsOf(Qt::KeyboardModifiers modifiers) {
     quint64 flags = 0;
@@ -68,12 +69,14 @@ qint64 keyCodeByMeaning(const PressedKey& key) {
     const auto named = std::find_if(namedKeys.begin(), namedKeys.end(),
                                     [&](const NamedKey& candidate) { return candidate.key == key.key; });
     if (named != namedKeys.end()) return named->code;
-    const auto written = std::find_if(shortcutKeys.begin(), shortcutKeys.end(),
-                                      [&](const ShortcutKey& candidate) { return candidate.name == key.key; });
+    const auto written =
+        std::find_if(shortcutKeys.begin(), shortcutKeys.end(),
+                     [&](const ShortcutKey& candidate) { return candidate.name == key.key; });
     return written != shortcutKeys.end() ? written->keyCode : KeyCode::unknown;
 }
 
-ShortcutCaptureModel::ShortcutCaptureModel(Preferences& preferences, const ShortcutRow& row, KeyCodeOf keyCodeOf)
+ShortcutCaptureModel::ShortcutCaptureModel(Preferences& preferences, const ShortcutRow& row,
+                                           KeyCodeOf keyCodeOf)
     : customizer_(preferences, row), keyCodeOf_(std::move(keyCodeOf)) {
     subscription_ = customizer_.changed.subscribe([this] { Q_EMIT changed(); });
 }

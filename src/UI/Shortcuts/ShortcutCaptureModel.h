@@ -10,7 +10,8 @@
 
 namespace veltrin {
 
-/// A key as the window system names it: the toolkit's key, the keyboard's own number for it, and the layout in use.
+/// A key as the window system names it: the toolkit's key, the keyboard's own number for it, and the layout
+/// in use.
 struct PressedKey {
     int key = 0;
     quint32 scanCode = 0;
@@ -19,8 +20,8 @@ struct PressedKey {
 /// The product's code of a key; `KeyCode::unknown` for one without.
 using KeyCodeOf = std::function<qint64(const PressedKey&)>;
 
-/// For a window system that numbers its keys in a way of its own: by what the key means, where its Latin letter or name
-/// tells.
+/// For a window system that numbers its keys in a way of its own: by what the key means, where its Latin
+/// letter or name tells.
 qint64 keyCodeByMeaning(const PressedKey& key);
 
 /// What a settings row with one combination shows and does; the state itself is a `ShortcutCustomizer`.
@@ -33,7 +34,8 @@ class ShortcutCaptureModel : public QObject {
     QML_ELEMENT
     QML_UNCREATABLE("Made for a row of the settings")
 public:
-    ShortcutCaptureModel(Preferences& preferences, const ShortcutRow& row, KeyCodeOf keyCodeOf = keyCodeByMeaning);
+    ShortcutCaptureModel(Preferences& preferences, const ShortcutRow& row,
+                         KeyCodeOf keyCodeOf = keyCodeByMeaning);
 
     bool isRecording() const { return customizer_.isRecording(); }
     QStringList keys() const;
@@ -54,8 +56,8 @@ private:
     Subscription subscription_;
 };
 
-/// Takes every key-down of its window while it has the focus and its model is recording, Tab and Escape included, and
-/// gives it to the model. Losing the focus ends the recording.
+/// Takes every key-down of its window while it has the focus and its model is recording, Tab and Escape
+/// included, and gives it to the model. Losing the focus ends the recording.
 class ShortcutKeyCatcher : public QQuickItem {
     Q_OBJECT
     Q_PROPERTY(veltrin::ShortcutCaptureModel* model READ model WRITE setModel NOTIFY modelChanged)
