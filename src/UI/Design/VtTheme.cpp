@@ -90,7 +90,7 @@ const PaletteColors& Tokens::popupLight() {
         own.surfaceOpaque = color("#FFFFFF");
         own.stroke = color("#1F000000");
         own.divider = color("#12000000");
-        own.shadow = color("#40000000");
+        own.shadow = color("#30000000");
         return own;
     }();
     return colors;

@@ -33,7 +33,7 @@ VtPressable {
     }
     VtKeyCap {
         id: number
-        x: 6 - row.tightness
+        x: 6
         anchors.verticalCenter: parent.verticalCenter
         theme: row.theme
         text: row.slotNumber

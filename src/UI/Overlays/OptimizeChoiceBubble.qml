@@ -87,7 +87,7 @@ PanelCard {
                     slotNumber: Number.isInteger(entry.slot) ? entry.slot : index + 1
                     title: entry.title ?? ""
                     mark: bubble.presetMark
-                    tightness: 2
+                    tightness: 3
                     explanation: entry.detail ?? ""
                     symbol: entry.symbol ?? ""
                     colorHex: entry.colorHex ?? ""

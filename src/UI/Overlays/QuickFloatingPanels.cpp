@@ -60,6 +60,8 @@ QVariantList rowsOf(const std::vector<ChoiceRow>& rows) {
 
 QVariantMap propertiesOf(const PanelSpec& spec) {
     QVariantMap properties{{QStringLiteral("text"), spec.text}};
+    // The elements count their tones in the same order.
+    if (spec.kind == PanelKind::text) properties.insert(QStringLiteral("tone"), static_cast<int>(spec.tone));
     if (spec.kind != PanelKind::choice) return properties;
     properties.insert(QStringLiteral("agents"), rowsOf(spec.choice.agents));
     properties.insert(QStringLiteral("presets"), rowsOf(spec.choice.presets));
