@@ -7,6 +7,7 @@
 #include "Platform/RunLoop.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace veltrin {
 namespace {
@@ -184,7 +185,8 @@ void AgentTeamManager::update(const AgentProfile& agent) {
     if (stored == nullptr) return;
     *stored = agent;
     stored->updatedAt = now();
-    ++stored->version;
+    // A file may hold any number.
+    if (stored->version < std::numeric_limits<std::int64_t>::max()) ++stored->version;
     persist();
     changed.notify();
 }

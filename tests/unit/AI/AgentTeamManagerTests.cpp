@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 namespace veltrin {
 namespace {
 
@@ -218,6 +220,14 @@ TEST(AgentTeamManager, raisesTheVersionAtEachUpdate) {
     EXPECT_EQ(stored->version, 2) << "counted from the version that was handed in";
     EXPECT_EQ(stored->updatedAt, world.now());
     EXPECT_EQ(stored->createdAt, agent.createdAt);
+}
+
+TEST(AgentTeamManager, leavesTheGreatestVersionAsItIs) {
+    AgentWorld world;
+    AgentProfile agent = world.manager().agents().back();
+    agent.version = std::numeric_limits<std::int64_t>::max();
+    world.manager().update(agent);
+    EXPECT_EQ(world.manager().agent(agent.id)->version, agent.version) << "a file may hold any number";
 }
 
 TEST(AgentTeamManager, duplicatesAnAgentAsTheUsersOwn) {

@@ -166,6 +166,18 @@ TEST_F(ClipboardStoreTest, deletingAndClearingAreWritten) {
     EXPECT_TRUE(store().entries().empty()) << "the list stays empty after a restart";
 }
 
+TEST_F(ClipboardStoreTest, deletingTakesEveryEntryOfTheIdentifier) {
+    auto first = store();
+    first.add(u"A"_s, {});
+    const ClipboardEntry twice = first.entries()[0];
+    put(u"clipboard.json"_s, *writeRecords<ClipboardEntry>({twice, twice}));
+    auto clipboard = store();
+    ASSERT_EQ(clipboard.entries().size(), 2U);
+    clipboard.deleteEntry(twice.id);
+    EXPECT_TRUE(clipboard.entries().empty());
+    EXPECT_TRUE(store().entries().empty());
+}
+
 TEST_F(ClipboardStoreTest, searchLooksIntoTextAndApplication) {
     auto clipboard = store();
     clipboard.add(u"Hello"_s, u"Mail"_s);
