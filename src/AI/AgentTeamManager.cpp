@@ -192,8 +192,9 @@ void AgentTeamManager::update(const AgentProfile& agent) {
 }
 
 void AgentTeamManager::remove(const QUuid& id) {
-    std::erase_if(agents_, [id](const AgentProfile& each) { return each.id == id; });
-    assignments_.remove(uuidText(id));
+    const QUuid gone = id;  // which may be that of an agent in the list
+    std::erase_if(agents_, [&gone](const AgentProfile& each) { return each.id == gone; });
+    assignments_.remove(uuidText(gone));
     persist();
     changed.notify();
     ensureDefaultShortcutAssignments();

@@ -155,6 +155,14 @@ TEST(AgentTeamManager, movesSlotsUpWhenAnAgentIsDeleted) {
     EXPECT_FALSE(world.names().contains(u"创意写作"_s)) << "a builtin agent can be deleted";
 }
 
+TEST(AgentTeamManager, takesOnlyTheDeletedAgentOutOfTheSlots) {
+    AgentWorld world;
+    world.manager().assignAgent(world.idOf(u"代码架构"_s), optimize, 0);
+    world.manager().assignAgent(world.idOf(u"创意写作"_s), optimize, 1);
+    world.manager().remove(world.manager().agents().front().id);  // the identifier in the list itself
+    EXPECT_EQ(world.slotNames(optimize).first(2), (QStringList{u"代码架构"_s, u"创意写作"_s}));
+}
+
 TEST(AgentTeamManager, findsAnotherFallbackWhenTheActiveAgentGoes) {
     AgentWorld world;
     world.manager().remove(world.idOf(u"产品思维"_s));

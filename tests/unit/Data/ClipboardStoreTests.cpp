@@ -167,15 +167,16 @@ TEST_F(ClipboardStoreTest, deletingAndClearingAreWritten) {
 }
 
 TEST_F(ClipboardStoreTest, deletingTakesEveryEntryOfTheIdentifier) {
-    auto first = store();
-    first.add(u"A"_s, {});
-    const ClipboardEntry twice = first.entries()[0];
-    put(u"clipboard.json"_s, *writeRecords<ClipboardEntry>({twice, twice}));
+    auto former = store();
+    former.add(u"A"_s, {});
+    former.add(u"B"_s, {});
+    const ClipboardEntry twice = former.entries()[0];
+    put(u"clipboard.json"_s, *writeRecords<ClipboardEntry>({twice, former.entries()[1], twice}));
     auto clipboard = store();
-    ASSERT_EQ(clipboard.entries().size(), 2U);
-    clipboard.deleteEntry(twice.id);
-    EXPECT_TRUE(clipboard.entries().empty());
-    EXPECT_TRUE(store().entries().empty());
+    ASSERT_EQ(texts(clipboard), (QStringList{u"B"_s, u"A"_s, u"B"_s}));
+    clipboard.deleteEntry(clipboard.entries()[0].id);
+    EXPECT_EQ(texts(clipboard), QStringList{u"A"_s});
+    EXPECT_EQ(texts(store()), QStringList{u"A"_s});
 }
 
 TEST_F(ClipboardStoreTest, searchLooksIntoTextAndApplication) {
