@@ -162,8 +162,9 @@ bool JsonReader::readName(QString& into) {
         at_ = start;
         return readString(into);
     }
-    const auto mixed = static_cast<std::size_t>(utf8.size() + 7 * utf8.front() + 31 * utf8.back());
-    Name& name = names_[mixed % names_.size()];
+    const qsizetype mixed =
+        utf8.size() + qsizetype{7} * quint8(utf8.front()) + qsizetype{31} * quint8(utf8.back());
+    Name& name = names_[static_cast<std::size_t>(mixed) % names_.size()];
     if (name.utf8 != utf8) {
         at_ = start;
         if (!readString(name.text)) return false;
