@@ -16,6 +16,7 @@
 #include "Platform/Linux/LinuxDesktopAppearance.h"
 #include "Platform/Linux/LinuxProcessControl.h"
 #include "Platform/Linux/LinuxSystemEnvironment.h"
+#include "Platform/Linux/Pulse/PulseSoundOutput.h"
 #include "Platform/Linux/QtHttpClient.h"
 #include "Platform/Linux/QtRunLoop.h"
 #include "Platform/Linux/SingleInstance.h"
@@ -28,6 +29,7 @@
 #include "Platform/Linux/X11TopLevelWindows.h"
 #include "Session/UserBehaviorTracker.h"
 #include "Session/WorkSessionManager.h"
+#include "System/InteractionSoundPlayer.h"
 #include "UI/Design/LookSource.h"
 #include "UI/Design/VtLook.h"
 #include "UI/Overlays/QuickFloatingPanels.h"
@@ -93,10 +95,13 @@ struct CompositionRoot::Objects {
     ModelTasks tasks{client, settings, runLoop, taskMaterial(agents, data.dictionary, data.history)};
     WorkSessionManager workSession{runLoop, preferences, workspace, notifications};
     UserBehaviorTracker behaviors{appSupportDir(environment), runLoop};
+    PulseSoundOutput soundOutput;
+    InteractionSoundPlayer sounds{runLoop, soundOutput, settings};
     AppDelegate delegate{
         Desktop{runLoop, keyEventTaps, keyPoster, accessibility, pasteboard, workspace, screens, preferences,
                 httpClient, floatingPanels, processControl, environment},
-        AppDelegate::Shared{settings, notifications, client, expressionMemory, behaviors, data, tasks}};
+        AppDelegate::Shared{settings, notifications, client, expressionMemory, behaviors, data, tasks,
+                            sounds}};
 };
 
 CompositionRoot::CompositionRoot(QGuiApplication& application, SingleInstance& instance)
