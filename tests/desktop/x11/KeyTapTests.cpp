@@ -1,11 +1,5 @@
-#include "Platform/Linux/QtRunLoop.h"
-#include "Platform/Linux/X11/X11KeyEventTaps.h"
 #include "Platform/Linux/X11/XcbHeaders.h"
-#include "desktop/x11/RecordingClient.h"
-#include "support/desktop/Program.h"
-#include "support/desktop/RealDesktop.h"
-#include "support/desktop/Typist.h"
-#include "support/desktop/Waiting.h"
+#include "desktop/x11/KeyTapTest.h"
 #include "support/desktop/XWithoutXInput.h"
 
 #include <gtest/gtest.h>
@@ -21,60 +15,7 @@ constexpr qint64 f5 = 96;
 constexpr qint64 down = 125;
 constexpr qint64 up = 126;
 
-/// A tap that writes down what it is told, between a typist and a client that writes down what it is sent.
-class KeyTap : public testing::Test {
-protected:
-    KeyTap()
-        : desktop(RealDesktop::shared()),
-          client(desktop),
-          typist(desktop),
-          taps(loop, desktop.display().toLatin1()) {
-        desktop.setKeyboardLayout(QStringLiteral("us"));
-    }
-    ~KeyTap() override {
-        tap.reset();
-        typist.releaseAll();
-        EXPECT_EQ(desktop.x().keysDown(), 0) << "a key stayed down";
-        desktop.setKeyboardLayout(QStringLiteral("us"));
-    }
-
-    void start(std::vector<ClaimableKey> keys = {}, KeyEventMask mask = KeyEventMask::keyDownAndKeyUp) {
-        tap = taps.create(mask, [this](const KeyEvent& event) {
-            events.push_back(event);
-            return !answer || answer(event);
-        });
-        ASSERT_TRUE(tap);
-        tap->setClaimable(std::move(keys));
-        tap->addToRunLoop();
-        tap->setEnabled(true);
-        runEventLoopFor(0.005);  // events of the millisecond in which a tap went on are not its events
-    }
-    void type(const std::function<void(Typist&)>& work) { typist.whileLoopRuns(work); }
-    bool waitForEvents(std::size_t count) {
-        return eventually(3, [&] { return events.size() >= count; });
-    }
-    static std::string words(const std::vector<KeyEvent>& list) {
-        std::string result;
-        for (const auto& event : list) {
-            if (!result.empty()) result += ' ';
-            result += event.isAutoRepeat ? "*" : (event.type == KeyEventType::keyDown ? "+" : "-");
-            result += std::to_string(event.keyCode);
-        }
-        return result;
-    }
-    static bool isDown(const KeyEvent& event, qint64 code) {
-        return event.type == KeyEventType::keyDown && event.keyCode == code;
-    }
-
-    RealDesktop& desktop;
-    RecordingClient client;
-    Typist typist;
-    QtRunLoop loop;
-    X11KeyEventTaps taps;
-    std::unique_ptr<KeyEventTap> tap;
-    std::vector<KeyEvent> events;
-    std::function<bool(const KeyEvent&)> answer;  ///< true lets the key go on
-};
+class KeyTap : public KeyTapTest {};
 
 TEST_F(KeyTap, tellsAnOrdinaryKeyWithCodeFlagsAndTime) {
     start();

@@ -62,11 +62,15 @@ void X11KeyHold::press(const Event& event, const std::function<bool()>& ask,
                        const std::function<void()>& tell) {
     std::unique_lock lock(mutex_);
     if (grabs_.isGuarded(event.key)) {
-        // A repeat of a swallowed key that the keyboard was taken from: eaten without holding anything.
-        ungrabDevice();
-        lock.unlock();
-        tell();
-        return;
+        if (event.isRepeat) {
+            // A repeat of a swallowed key that the keyboard was taken from: eaten without holding anything.
+            ungrabDevice();
+            lock.unlock();
+            tell();
+            return;
+        }
+        // Pressed anew: its release came while nobody told us of it.
+        grabs_.unguard(event.key);
     }
     if (!active_) {
         activator_ = event.key;
@@ -108,6 +112,8 @@ void X11KeyHold::press(const Event& event, const std::function<bool()>& ask,
 
 bool X11KeyHold::release(const Event& event) {
     const std::lock_guard lock(mutex_);
+    // Sent to us just before the keyboard was let go: no raw event of it follows.
+    grabs_.unguard(event.key);
     if (swallowed_.test(event.key)) {
         swallowed_.reset(event.key);
         if (event.key == activator_) {
@@ -139,23 +145,45 @@ void X11KeyHold::rawRelease(Keycode key) {
     connection_.flush();
 }
 
-void X11KeyHold::letGo(std::chrono::milliseconds limit) {
+bool X11KeyHold::waitUntilIdle(std::chrono::milliseconds limit) {
     std::unique_lock lock(mutex_);
-    if (released_.wait_for(lock, limit, [this] { return isIdle(); })) return;
+    if (released_.wait_for(lock, limit, [this] { return isIdle(); })) return true;
+    isFreeingWanted_ = true;
+    return false;
+}
+
+bool X11KeyHold::waitUntilFreed(std::chrono::milliseconds limit) {
+    std::unique_lock lock(mutex_);
+    return released_.wait_for(lock, limit, [this] { return !isFreeingWanted_; });
+}
+
+bool X11KeyHold::isFreeingWanted() {
+    const std::lock_guard lock(mutex_);
+    return isFreeingWanted_;
+}
+
+void X11KeyHold::free() {
+    const std::lock_guard lock(mutex_);
     for (unsigned key = 8; key < 256; ++key) {
         if (swallowed_.test(key)) grabs_.guard(static_cast<Keycode>(key));
     }
     swallowed_.reset();
     ungrabDevice();
     connection_.roundTrip();
+    isFreeingWanted_ = false;
+    released_.notify_all();
 }
 
 void X11KeyHold::drop() {
     const std::lock_guard lock(mutex_);
-    swallowed_.reset();
     grabs_.disarm();
+    // A key that nobody decided about goes to its application. What belongs to a swallowed one does not.
+    if (swallowed_.none()) allow(XCB_INPUT_EVENT_MODE_REPLAY_DEVICE);
+    swallowed_.reset();
     ungrabDevice();
     connection_.roundTrip();
+    isFreeingWanted_ = false;
+    released_.notify_all();
 }
 
 }  // namespace veltrin

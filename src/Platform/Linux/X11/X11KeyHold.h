@@ -16,7 +16,7 @@ namespace veltrin {
 /// replayed to where it was going.
 ///
 /// Every event here arrives with the keyboard frozen, and every path answers it with exactly one thawing
-/// request. The listening thread calls `press` and `release`; `letGo` may be called from another thread.
+/// request. All calls are the listening thread's but the two that wait, which are for another one.
 class X11KeyHold {
 public:
     using Keycode = X11Keymap::Keycode;
@@ -41,10 +41,16 @@ public:
     /// A release that was only listened to.
     void rawRelease(Keycode key);
 
-    /// Waits until the user has let go of what was swallowed, then takes the keyboard off our hands by force,
-    /// so that synthetic keys reach the application. Repeats of a key still down are swallowed all the same.
-    void letGo(std::chrono::milliseconds limit);
-    /// The same at once, for the end.
+    /// Waits until the user has let go of what was swallowed. False when that took too long; then `free` is
+    /// wanted.
+    bool waitUntilIdle(std::chrono::milliseconds limit);
+    bool waitUntilFreed(std::chrono::milliseconds limit);
+    bool isFreeingWanted();
+    /// Takes the keyboard off our hands by force, so that synthetic keys reach the application. Repeats of a
+    /// key still down are swallowed all the same. To be called with no event of ours waiting: the keyboard
+    /// stands still for each, and freeing it would lose that one.
+    void free();
+    /// The end: frees everything at once.
     void drop();
     bool isActive() const { return active_; }
 
@@ -64,6 +70,7 @@ private:
     bool ownGrab_ = false;  ///< the keyboard is held by a grab that we made because a swallowed key is down
     bool asking_ = false;
     bool active_ = false;
+    bool isFreeingWanted_ = false;
 };
 
 }  // namespace veltrin

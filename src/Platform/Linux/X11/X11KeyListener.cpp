@@ -16,6 +16,8 @@ namespace veltrin {
 namespace {
 
 constexpr std::chrono::milliseconds answerLimit{50};
+/// How long freeing the keyboard by force may take; only a server that does not answer takes so long.
+constexpr std::chrono::milliseconds freeingLimit{200};
 /// A new keymap comes as a burst of notices; the grabs are renewed once it is over.
 constexpr std::uint64_t reloadDelay = 60'000'000;
 constexpr std::uint64_t millisecond = 1'000'000;
@@ -53,6 +55,7 @@ X11KeyListener::X11KeyListener(std::unique_ptr<X11Connection> connection, std::u
     : connection_(std::move(connection)),
       questions_(questions),
       wake_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
+      holder_(*connection_),
       grabs_(*connection_, masterKeyboard),
       hold_(*connection_, grabs_, mutex_) {
     constexpr std::uint16_t notices = XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY | XCB_XKB_EVENT_TYPE_MAP_NOTIFY |
@@ -98,6 +101,12 @@ void X11KeyListener::configure(bool listening, const std::vector<ClaimableKey>& 
     poke();
 }
 
+void X11KeyListener::letGo(std::chrono::milliseconds limit) {
+    if (hold_.waitUntilIdle(limit)) return;
+    poke();
+    hold_.waitUntilFreed(freeingLimit);
+}
+
 void X11KeyListener::selectEvents(bool listening) {
     struct {
         xcb_input_event_mask_t head;
@@ -115,6 +124,11 @@ void X11KeyListener::run() {
             handle(*event);
             continue;
         }
+        if (hold_.isFreeingWanted()) {
+            bringEvents();
+            if (!pending_.empty()) continue;
+            hold_.free();
+        }
         const auto now = monotonicNow();
         if (reloadAt_ && now >= *reloadAt_) reloadKeymap();
         if (const auto due = repeats_.due(); due && now >= *due) makeRepeat();
@@ -127,6 +141,13 @@ X11Reply<xcb_generic_event_t> X11KeyListener::nextEvent() {
     auto event = std::move(pending_.front());
     pending_.pop_front();
     return event;
+}
+
+/// Everything that the server sent us up to now is pending when it returns.
+void X11KeyListener::bringEvents() {
+    connection_->roundTrip();
+    while (auto* event = xcb_poll_for_event(connection_->xcb()))
+        pending_.emplace_back(event);
 }
 
 void X11KeyListener::waitForMore() {
@@ -246,21 +267,38 @@ bool X11KeyListener::grabEventFollows(Keycode key, xcb_timestamp_t time) {
         });
     };
     if (waiting()) return true;
-    connection_->roundTrip();
+    bringEvents();
     return waiting();
 }
 
 void X11KeyListener::rawPress(Keycode key, xcb_timestamp_t time) {
-    if (key == keymap_->silentKey() || keymap_->isModifier(key)) return;
+    if (key == keymap_->silentKey()) return;
+    if (keymap_->isModifier(key)) {
+        // The first key of most combinations: the moment to see whether one has become free.
+        const std::lock_guard guard(mutex_);
+        if (grabs_.hasRefused()) grabs_.retryRefused();
+        return;
+    }
     const auto when = monotonicTime(time);
-    repeats_.pressed(key, when);
     bool mayBeGrabbed = false;
     {
         const std::lock_guard guard(mutex_);
         mayBeGrabbed = grabs_.covers(key) || hold_.isActive();
     }
     const unsigned modifiers = modifiers_;
-    if (mayBeGrabbed && grabEventFollows(key, time)) return;
+    if (mayBeGrabbed && grabEventFollows(key, time)) {
+        repeats_.pressed(key, when);
+        return;
+    }
+    if (mayBeGrabbed) {
+        // Another program has taken the combination since; the newest grab wins.
+        const std::lock_guard guard(mutex_);
+        grabs_.renew(key, modifiers);
+    }
+    // What is typed to unlock the screen is nobody's business.
+    silenced_[key] = holder_.isLockScreen();
+    if (silenced_[key]) return repeats_.stop();
+    repeats_.pressed(key, when);
     toldKey_ = key;
     toldTime_ = time;
     questions_.tell(keyEvent(KeyEventType::keyDown, key, modifiers, when));
@@ -270,6 +308,10 @@ void X11KeyListener::rawRelease(Keycode key, xcb_timestamp_t time) {
     if (key == keymap_->silentKey() || keymap_->isModifier(key)) return;
     repeats_.released(key);
     hold_.rawRelease(key);
+    if (silenced_[key]) {
+        silenced_.reset(key);
+        return;
+    }
     questions_.tell(keyEvent(KeyEventType::keyUp, key, modifiers_, monotonicTime(time)));
 }
 

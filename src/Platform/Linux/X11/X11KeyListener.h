@@ -5,11 +5,13 @@
 #include "Platform/Linux/X11/X11KeyGrabs.h"
 #include "Platform/Linux/X11/X11KeyHold.h"
 #include "Platform/Linux/X11/X11KeyRepeats.h"
+#include "Platform/Linux/X11/X11KeyboardHolder.h"
 #include "Platform/Linux/X11/X11Keymap.h"
 
 #include <xcb/xinput.h>
 
 #include <atomic>
+#include <bitset>
 #include <chrono>
 #include <deque>
 #include <memory>
@@ -31,12 +33,9 @@ public:
 
     /// Replaces what may be claimed, and listens or does not. In force when it returns. Main thread.
     void configure(bool listening, const std::vector<ClaimableKey>& claimable);
-    /// Frees the keyboard for synthetic keys when a swallowed key is still held; see X11KeyHold::letGo. Main
-    /// thread.
-    void letGo(std::chrono::milliseconds limit) {
-        hold_.letGo(limit);
-        poke();
-    }
+    /// Waits, at most `limit`, until the user has let go of a swallowed key, then frees the keyboard for
+    /// synthetic keys by force. Main thread.
+    void letGo(std::chrono::milliseconds limit);
 
 private:
     using Keycode = X11Keymap::Keycode;
@@ -47,6 +46,7 @@ private:
     void run();
     void waitForMore();
     X11Reply<xcb_generic_event_t> nextEvent();
+    void bringEvents();
     void handle(const xcb_generic_event_t& event);
     void handleXkb(const xcb_generic_event_t& event);
     void rawPress(Keycode key, xcb_timestamp_t time);
@@ -71,7 +71,9 @@ private:
     X11KeyRepeats repeats_;
     unsigned modifiers_ = 0;
     std::optional<std::uint64_t> reloadAt_;
-    Keycode toldKey_ = 0;  ///< the press told last without a grab
+    X11KeyboardHolder holder_;
+    std::bitset<256> silenced_;  ///< pressed while the screen was locked
+    Keycode toldKey_ = 0;        ///< the press told last without a grab
     xcb_timestamp_t toldTime_ = 0;
 
     std::mutex mutex_;  ///< guards what follows, and the hold
