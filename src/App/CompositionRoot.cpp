@@ -17,6 +17,7 @@
 #include "Platform/Linux/LinuxSystemEnvironment.h"
 #include "Platform/Linux/QtHttpClient.h"
 #include "Platform/Linux/QtRunLoop.h"
+#include "Platform/Linux/SessionLock.h"
 #include "Platform/Linux/SingleInstance.h"
 #include "Platform/Linux/X11/X11KeyEventTaps.h"
 #include "Platform/Linux/X11/X11KeyPoster.h"
@@ -29,6 +30,7 @@
 #include "Session/WorkSessionManager.h"
 #include "UI/Overlays/QuickFloatingPanels.h"
 
+#include <QDBusConnection>
 #include <QGuiApplication>
 #include <QStandardPaths>
 
@@ -67,6 +69,8 @@ struct CompositionRoot::Objects {
     X11Screens screens{*connection};
     X11Pasteboard pasteboard;
     X11KeyEventTaps keyEventTaps{runLoop};
+    SessionLock sessionLock{QDBusConnection::sessionBus(), QDBusConnection::systemBus(),
+                            [this](bool locked) { keyEventTaps.setSilent(locked); }};
     X11TopLevelWindows topLevelWindows;
     AtSpiAccessibility accessibility{&topLevelWindows};
     FieldInspector inspector{accessibility};

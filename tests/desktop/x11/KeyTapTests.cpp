@@ -17,6 +17,12 @@ constexpr qint64 up = 126;
 
 class KeyTap : public KeyTapTest {};
 
+/// With the limit that the program has.
+class KeyTapInTime : public KeyTapTest {
+protected:
+    KeyTapInTime() : KeyTapTest(X11KeyEventTaps::usualAnswerLimit) {}
+};
+
 TEST_F(KeyTap, tellsAnOrdinaryKeyWithCodeFlagsAndTime) {
     start();
     const double before = monotonicSeconds();
@@ -252,10 +258,10 @@ TEST_F(KeyTap, twoSwallowedKeysAtOnceLeaveNothingBehind) {
     EXPECT_EQ(client.text(), "+c -c");
 }
 
-TEST_F(KeyTap, aSlowHandlerLosesTheKeyToTheApplicationAfterFiftyMilliseconds) {
+TEST_F(KeyTapInTime, aSlowHandlerLosesTheKeyToTheApplicationAfterFiftyMilliseconds) {
     start({{KeyCode::returnKey, 0, false}});
     answer = [](const KeyEvent& event) {
-        if (isDown(event, KeyCode::returnKey)) std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        if (isDown(event, KeyCode::returnKey)) std::this_thread::sleep_for(std::chrono::seconds(3));
         return event.keyCode != KeyCode::returnKey;
     };
     double pressed = 0;
@@ -265,30 +271,34 @@ TEST_F(KeyTap, aSlowHandlerLosesTheKeyToTheApplicationAfterFiftyMilliseconds) {
     });
     ASSERT_TRUE(client.waitForKeys(6));
     EXPECT_EQ(client.text(), "+Return -Return +a -a +b -b");
-    EXPECT_LT(client.keys().front().arrivedAt - pressed, 0.12);
+    EXPECT_LT(client.keys().front().arrivedAt - pressed, 1.5) << "it waited for the handler";
 }
 
-TEST_F(KeyTap, aBlockedMainThreadDelaysAKeyFiftyMillisecondsAndNeverActsOnItLater) {
+TEST_F(KeyTapInTime, aBlockedMainThreadDelaysAKeyFiftyMillisecondsAndNeverActsOnItLater) {
     start({{KeyCode::returnKey, 0, false}});
     answer = [](const KeyEvent&) { return false; };
     std::thread hands([&] { typist.type(QStringLiteral("\n\nab\n"), 0.05); });
     const double begin = monotonicSeconds();
     // The main thread runs no loop here.
-    ASSERT_TRUE(client.waitForKeys(10));
+    ASSERT_TRUE(client.waitForKeys(10, 20));
     hands.join();
     EXPECT_EQ(client.text(), "+Return -Return +Return -Return +a -a +b -b +Return -Return");
     // Only the first question is waited for while the main thread owes it an answer.
-    EXPECT_LT(client.keys().front().arrivedAt - begin, 0.12);
+    EXPECT_LT(client.keys().front().arrivedAt - begin, 1.5);
     runEventLoopFor(0.1);
     for (const auto& event : events)
         EXPECT_FALSE(isDown(event, KeyCode::returnKey));
-    events.clear();
-    client.clear();
-    type([](Typist& t) { t.type(QStringLiteral("\nc")); });
-    ASSERT_TRUE(waitForEvents(4));
-    EXPECT_EQ(words(events), "+36 -36 +8 -8");
-    ASSERT_TRUE(client.waitForKeys(2));
-    EXPECT_EQ(client.text(), "+c -c");
+    // A busy machine may be late again; in the end it claims as before.
+    EXPECT_TRUE(waitUntil(20,
+                          [&] {
+                              events.clear();
+                              client.clear();
+                              type([](Typist& t) { t.type(QStringLiteral("\nc")); });
+                              return eventually(3, [&] { return words(events).ends_with("-8"); }) &&
+                                     words(events) == "+36 -36 +8 -8" && client.waitForKeys(2) &&
+                                     client.text() == "+c -c";
+                          }))
+        << words(events) << client.text();
 }
 
 TEST_F(KeyTap, suspendedItHearsAndClaimsNothingAndNothingIsDeliveredLater) {

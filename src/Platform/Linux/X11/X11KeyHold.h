@@ -7,7 +7,7 @@
 #include <condition_variable>
 #include <functional>
 #include <mutex>
-#include <set>
+#include <utility>
 
 namespace veltrin {
 
@@ -23,14 +23,17 @@ public:
 
     struct Event {
         Keycode key = 0;
+        xcb_timestamp_t time = 0;
         bool isRepeat = false;
         bool isModifier = false;
         bool claimable = false;
         bool optionHeld = false;
     };
-    /// `mutex` guards the grabs too.
-    X11KeyHold(const X11Connection& connection, X11KeyGrabs& grabs, std::mutex& mutex)
-        : connection_(connection), grabs_(grabs), mutex_(mutex) {}
+    /// `mutex` guards the grabs too. `anotherWaits` says, after a round trip, whether one of our grabs has
+    /// delivered a further event that is not handled yet; it is called with the lock.
+    X11KeyHold(const X11Connection& connection, X11KeyGrabs& grabs, std::mutex& mutex,
+               std::function<bool()> anotherWaits)
+        : connection_(connection), grabs_(grabs), mutex_(mutex), anotherWaits_(std::move(anotherWaits)) {}
 
     /// A press that a grab delivered. `ask` is called without the lock and only when the answer counts; it
     /// says whether the press goes on. `tell` is called when the event is to be known but is decided already.
@@ -56,14 +59,17 @@ public:
 
 private:
     void allow(std::uint8_t mode);
-    void replay();
-    void hold();
+    void replay(xcb_timestamp_t time);
+    void hold(xcb_timestamp_t time);
+    /// What is not down any more is not waited for.
+    void forgetReleased(xcb_query_keymap_cookie_t asked);
     void ungrabDevice();
     bool isIdle() const { return !asking_ && swallowed_.none(); }
 
     const X11Connection& connection_;
     X11KeyGrabs& grabs_;
     std::mutex& mutex_;
+    std::function<bool()> anotherWaits_;
     std::condition_variable released_;
     std::bitset<256> swallowed_;  ///< pressed, swallowed, and still down
     Keycode activator_ = 0;       ///< the key whose passive grab holds the keyboard; 0 when none does

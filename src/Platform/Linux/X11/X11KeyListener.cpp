@@ -11,16 +11,17 @@
 #include <algorithm>
 #include <cstdlib>
 #include <ctime>
+#include <utility>
 
 namespace veltrin {
 namespace {
 
-constexpr std::chrono::milliseconds answerLimit{50};
 /// How long freeing the keyboard by force may take; only a server that does not answer takes so long.
 constexpr std::chrono::milliseconds freeingLimit{200};
 /// A new keymap comes as a burst of notices; the grabs are renewed once it is over.
 constexpr std::uint64_t reloadDelay = 60'000'000;
 constexpr std::uint64_t millisecond = 1'000'000;
+constexpr std::uint64_t unlockingTime = 1'000 * millisecond;
 
 /// The two layouts that matter of the events that all extensions share.
 template <typename T>
@@ -35,15 +36,18 @@ bool isGeneric(const xcb_generic_event_t& event, std::uint8_t opcode) {
 
 }  // namespace
 
-std::unique_ptr<X11KeyListener> X11KeyListener::start(const QByteArray& display, KeyQuestions& questions) {
+std::unique_ptr<X11KeyListener> X11KeyListener::start(const QByteArray& display, KeyQuestions& questions,
+                                                      std::chrono::milliseconds answerLimit,
+                                                      std::function<void()> onLoss) {
     auto connection = X11Connection::open(display);
     if (!connection || !connection->hasXInput22() || !connection->hasXkb() || !connection->hasXTest())
         return nullptr;
     const auto master = xkb_x11_get_core_keyboard_device_id(connection->xcb());
     auto keymap = X11Keymap::load(*connection);
     if (master < 0 || !keymap) return nullptr;
-    std::unique_ptr<X11KeyListener> listener(
-        new X11KeyListener(std::move(connection), static_cast<std::uint16_t>(master), questions));
+    std::unique_ptr<X11KeyListener> listener(new X11KeyListener(std::move(connection),
+                                                                static_cast<std::uint16_t>(master), questions,
+                                                                answerLimit, std::move(onLoss)));
     if (listener->wake_ < 0) return nullptr;
     listener->keymap_ = std::move(keymap);
     listener->thread_ = std::thread([raw = listener.get()] { raw->run(); });
@@ -51,13 +55,21 @@ std::unique_ptr<X11KeyListener> X11KeyListener::start(const QByteArray& display,
 }
 
 X11KeyListener::X11KeyListener(std::unique_ptr<X11Connection> connection, std::uint16_t masterKeyboard,
-                               KeyQuestions& questions)
+                               KeyQuestions& questions, std::chrono::milliseconds answerLimit,
+                               std::function<void()> onLoss)
     : connection_(std::move(connection)),
       questions_(questions),
+      answerLimit_(answerLimit),
+      onLoss_(std::move(onLoss)),
+      guard_(X11KeyGuard::start(*connection_)),
       wake_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
       holder_(*connection_),
       grabs_(*connection_, masterKeyboard),
-      hold_(*connection_, grabs_, mutex_) {
+      hold_(*connection_, grabs_, mutex_, [this] {
+          bringEvents();
+          return std::any_of(pending_.begin(), pending_.end(),
+                             [this](const auto& event) { return isGrabEvent(*event); });
+      }) {
     constexpr std::uint16_t notices = XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY | XCB_XKB_EVENT_TYPE_MAP_NOTIFY |
                                       XCB_XKB_EVENT_TYPE_STATE_NOTIFY | XCB_XKB_EVENT_TYPE_CONTROLS_NOTIFY;
     constexpr std::uint16_t allParts = 0xFF;
@@ -99,6 +111,10 @@ void X11KeyListener::configure(bool listening, const std::vector<ClaimableKey>& 
     // itself.
     connection_->roundTrip();
     poke();
+    const bool closely = std::any_of(claimable.begin(), claimable.end(),
+                                     [](const ClaimableKey& key) { return key.flags == 0; });
+    if (guard_ && closely != isWatchedClosely_) guard_->watchClosely(closely);
+    isWatchedClosely_ = closely;
 }
 
 void X11KeyListener::letGo(std::chrono::milliseconds limit) {
@@ -134,6 +150,9 @@ void X11KeyListener::run() {
         if (const auto due = repeats_.due(); due && now >= *due) makeRepeat();
         waitForMore();
     }
+    if (stopping_) return;
+    hold_.drop();
+    if (onLoss_) onLoss_();
 }
 
 X11Reply<xcb_generic_event_t> X11KeyListener::nextEvent() {
@@ -141,6 +160,13 @@ X11Reply<xcb_generic_event_t> X11KeyListener::nextEvent() {
     auto event = std::move(pending_.front());
     pending_.pop_front();
     return event;
+}
+
+/// Keys are sent to us as such by our grabs alone.
+bool X11KeyListener::isGrabEvent(const xcb_generic_event_t& event) const {
+    if (!isGeneric(event, connection_->xinputOpcode())) return false;
+    const auto type = as<xcb_ge_generic_event_t>(event).event_type;
+    return type == XCB_INPUT_KEY_PRESS || type == XCB_INPUT_KEY_RELEASE;
 }
 
 /// Everything that the server sent us up to now is pending when it returns.
@@ -166,8 +192,11 @@ void X11KeyListener::waitForMore() {
                       : static_cast<int>(std::min<std::uint64_t>((*next - now) / millisecond + 1, 60'000));
     }
     connection_->flush();
-    pollfd descriptors[] = {{xcb_get_file_descriptor(connection_->xcb()), POLLIN, 0}, {wake_, POLLIN, 0}};
-    poll(descriptors, 2, timeout);
+    pollfd descriptors[] = {{xcb_get_file_descriptor(connection_->xcb()), POLLIN, 0},
+                            {wake_, POLLIN, 0},
+                            {guard_ ? guard_->descriptor() : -1, POLLIN, 0}};
+    poll(descriptors, 3, timeout);
+    if (descriptors[2].revents != 0) guard_->answer();
     if ((descriptors[1].revents & POLLIN) != 0) {
         std::uint64_t count = 0;
         [[maybe_unused]] const auto taken = read(wake_, &count, sizeof count);
@@ -296,12 +325,20 @@ void X11KeyListener::rawPress(Keycode key, xcb_timestamp_t time) {
         grabs_.renew(key, modifiers);
     }
     // What is typed to unlock the screen is nobody's business.
-    silenced_[key] = holder_.isLockScreen();
+    silenced_[key] = isForTheLockScreen(when);
     if (silenced_[key]) return repeats_.stop();
     repeats_.pressed(key, when);
     toldKey_ = key;
     toldTime_ = time;
     questions_.tell(keyEvent(KeyEventType::keyDown, key, modifiers, when));
+}
+
+bool X11KeyListener::isForTheLockScreen(std::uint64_t when) {
+    // The key that unlocked may be looked at when the locker is gone already.
+    const bool isUp = holder_.isLockScreen();
+    if (!isUp && (!lockedAt_ || when > *lockedAt_ + unlockingTime)) return false;
+    if (isUp) lockedAt_ = when;
+    return true;
 }
 
 void X11KeyListener::rawRelease(Keycode key, xcb_timestamp_t time) {
@@ -329,11 +366,12 @@ void X11KeyListener::grabbedPress(const DeviceEvent& event) {
 
     X11KeyHold::Event held;
     held.key = key;
+    held.time = event.time;
     held.isRepeat = report.isAutoRepeat;
     held.isModifier = keymap_->isModifier(key);
     held.claimable = !told && isClaimable(report);
     hold_.press(
-        held, [&] { return questions_.ask(report, answerLimit); },
+        held, [&] { return questions_.ask(report, answerLimit_); },
         [&] {
             if (!told) questions_.tell(report);
         });
@@ -343,6 +381,7 @@ void X11KeyListener::grabbedRelease(const DeviceEvent& event) {
     const auto key = static_cast<Keycode>(event.detail);
     X11KeyHold::Event held;
     held.key = key;
+    held.time = event.time;
     held.isModifier = keymap_->isModifier(key);
     held.optionHeld = (keymap_->flags(event.mods.effective) & KeyFlags::option) != 0;
     repeats_.released(key);
