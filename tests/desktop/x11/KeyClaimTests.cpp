@@ -81,6 +81,7 @@ TEST_F(KeyClaim, keysThatAWindowManagerTakesLaterAreToldAndThenClaimedAgain) {
 TEST_F(KeyClaim, keysHeldByAnotherListenerAreToldAndClaimedOnceTheyAreFree) {
     const QString former = MVPLog::logURL();
     const QString log = desktop.file(QStringLiteral("claims.log"));
+    QFile::remove(log);
     MVPLog::setLogURL(log);
     ASSERT_TRUE(rival.takeByXInput(key(KeyCode::space), alt));
     start({{KeyCode::space, KeyFlags::option, false}, {KeyCode::c, KeyFlags::option, false}});
@@ -95,11 +96,14 @@ TEST_F(KeyClaim, keysHeldByAnotherListenerAreToldAndClaimedOnceTheyAreFree) {
     chordThenLetter(QStringLiteral("Alt+space"));
     EXPECT_EQ(rival.presses(), 2);
     rival.giveBackByXInput(key(KeyCode::space), alt);
-    events.clear();
-    chordThenLetter(QStringLiteral("Alt+space"));
+    // Asked for when Alt goes down; a busy machine may be late for the space that follows at once.
+    ASSERT_TRUE(waitUntil(30, [&] {
+        events.clear();
+        chordThenLetter(QStringLiteral("Alt+space"));
+        return HasFatalFailure() || !clientSaw("space");
+    }));
     EXPECT_EQ(words(events), "+49 -49 +7 -7");
     EXPECT_EQ(rival.presses(), 2);
-    EXPECT_FALSE(clientSaw("space"));
     MVPLog::setLogURL(former);
     QFile file(log);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));

@@ -31,7 +31,7 @@ QByteArray guardProgram() {
     QByteArray folder(self, length);
     folder.truncate(folder.lastIndexOf('/'));
     for (const char* place : {"/veltrin-keyguard", "/../libexec/veltrin/veltrin-keyguard"}) {
-        const QByteArray path = folder + place;
+        QByteArray path = folder + place;
         if (access(path.constData(), X_OK) == 0) return path;
     }
     return {};

@@ -124,9 +124,9 @@ bool X11KeyHold::release(const Event& event) {
     if (swallowed_.test(event.key)) {
         swallowed_.reset(event.key);
         if (event.key == activator_) {
-            // The server ends a passive grab with the release of the key that began it.
+            // The server ends a passive grab with the release of the key that began it, and sets the keyboard
+            // free. To ask for that here would set free the next key that has stopped it meanwhile.
             activator_ = 0;
-            allow(XCB_INPUT_EVENT_MODE_ASYNC_DEVICE);
             hold(event.time);
         } else if (ownGrab_ && swallowed_.none()) {
             ungrabDevice();

@@ -16,7 +16,8 @@ namespace veltrin {
 /// replayed to where it was going.
 ///
 /// Every event here arrives with the keyboard frozen, and every path answers it with exactly one thawing
-/// request. All calls are the listening thread's but the two that wait, which are for another one.
+/// request, but for the release that ends its grab by itself. All calls are the listening thread's but the
+/// two that wait, which are for another one.
 class X11KeyHold {
 public:
     using Keycode = X11Keymap::Keycode;
