@@ -21,6 +21,7 @@ constexpr std::chrono::milliseconds freeingLimit{200};
 /// A new keymap comes as a burst of notices; the grabs are renewed once it is over.
 constexpr std::uint64_t reloadDelay = 60'000'000;
 constexpr std::uint64_t millisecond = 1'000'000;
+constexpr std::uint64_t lockLookInterval = 300 * millisecond;
 constexpr std::uint64_t unlockingTime = 1'000 * millisecond;
 
 /// The two layouts that matter of the events that all extensions share.
@@ -335,8 +336,14 @@ void X11KeyListener::rawPress(Keycode key, xcb_timestamp_t time) {
 
 bool X11KeyListener::isForTheLockScreen(std::uint64_t when) {
     // The key that unlocked may be looked at when the locker is gone already.
-    const bool isUp = holder_.isLockScreen();
-    if (!isUp && (!lockedAt_ || when > *lockedAt_ + unlockingTime)) return false;
+    // A screen is not locked between two keys of a word, and asking costs the server a turn.
+    const bool isFresh = !lockedAt_ && unlockedAt_ && when < *unlockedAt_ + lockLookInterval;
+    const bool isUp = !isFresh && holder_.isLockScreen();
+    if (!isUp && !isFresh) unlockedAt_ = when;
+    if (!isUp && (!lockedAt_ || when > *lockedAt_ + unlockingTime)) {
+        lockedAt_.reset();
+        return false;
+    }
     if (isUp) lockedAt_ = when;
     return true;
 }

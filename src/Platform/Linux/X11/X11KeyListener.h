@@ -85,9 +85,10 @@ private:
     unsigned modifiers_ = 0;
     std::optional<std::uint64_t> reloadAt_;
     X11KeyboardHolder holder_;
-    std::bitset<256> silenced_;              ///< pressed while the screen was locked
-    std::optional<std::uint64_t> lockedAt_;  ///< the last such press
-    Keycode toldKey_ = 0;                    ///< the press told last without a grab
+    std::bitset<256> silenced_;                ///< pressed while the screen was locked
+    std::optional<std::uint64_t> lockedAt_;    ///< the last such press
+    std::optional<std::uint64_t> unlockedAt_;  ///< when the screen was last looked at and was not locked
+    Keycode toldKey_ = 0;                      ///< the press told last without a grab
     xcb_timestamp_t toldTime_ = 0;
 
     std::mutex mutex_;  ///< guards what follows, and the hold
