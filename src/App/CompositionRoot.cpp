@@ -16,8 +16,10 @@
 #include "Platform/Linux/LinuxDesktopAppearance.h"
 #include "Platform/Linux/LinuxProcessControl.h"
 #include "Platform/Linux/LinuxSystemEnvironment.h"
+#include "Platform/Linux/Pulse/PulseSoundOutput.h"
 #include "Platform/Linux/QtHttpClient.h"
 #include "Platform/Linux/QtRunLoop.h"
+#include "Platform/Linux/SessionLock.h"
 #include "Platform/Linux/SingleInstance.h"
 #include "Platform/Linux/X11/X11KeyEventTaps.h"
 #include "Platform/Linux/X11/X11KeyPoster.h"
@@ -28,10 +30,12 @@
 #include "Platform/Linux/X11TopLevelWindows.h"
 #include "Session/UserBehaviorTracker.h"
 #include "Session/WorkSessionManager.h"
+#include "System/InteractionSoundPlayer.h"
 #include "UI/Design/LookSource.h"
 #include "UI/Design/VtLook.h"
 #include "UI/Overlays/QuickFloatingPanels.h"
 
+#include <QDBusConnection>
 #include <QGuiApplication>
 #include <QStandardPaths>
 
@@ -70,6 +74,8 @@ struct CompositionRoot::Objects {
     X11Screens screens{*connection};
     X11Pasteboard pasteboard;
     X11KeyEventTaps keyEventTaps{runLoop};
+    SessionLock sessionLock{QDBusConnection::sessionBus(), QDBusConnection::systemBus(),
+                            [this](bool locked) { keyEventTaps.setSilent(locked); }};
     X11TopLevelWindows topLevelWindows;
     AtSpiAccessibility accessibility{&topLevelWindows};
     FieldInspector inspector{accessibility};
@@ -93,10 +99,13 @@ struct CompositionRoot::Objects {
     ModelTasks tasks{client, settings, runLoop, taskMaterial(agents, data.dictionary, data.history)};
     WorkSessionManager workSession{runLoop, preferences, workspace, notifications};
     UserBehaviorTracker behaviors{appSupportDir(environment), runLoop};
+    PulseSoundOutput soundOutput;
+    InteractionSoundPlayer sounds{runLoop, soundOutput, settings};
     AppDelegate delegate{
         Desktop{runLoop, keyEventTaps, keyPoster, accessibility, pasteboard, workspace, screens, preferences,
                 httpClient, floatingPanels, processControl, environment},
-        AppDelegate::Shared{settings, notifications, client, expressionMemory, behaviors, data, tasks}};
+        AppDelegate::Shared{settings, notifications, client, expressionMemory, behaviors, data, tasks,
+                            sounds}};
 };
 
 CompositionRoot::CompositionRoot(QGuiApplication& application, SingleInstance& instance)
