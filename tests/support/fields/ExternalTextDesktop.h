@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ExternalAccess/ExternalTextClipboardFallback.h"
 #include "ExternalAccess/ExternalTextInputLocator.h"
 #include "ExternalAccess/ExternalTextInputReader.h"
 #include "ExternalAccess/ExternalTextWriteback.h"
@@ -45,9 +46,15 @@ public:
     X11KeyPoster poster;
     RefusingPoster refusingPoster;
     FilePreferences preferences;
-    ExternalTextInputReader reader;
-    ExternalTextInputLocator locator;
     PasteboardLoan loan;
+    ClipboardFallbackInterferenceGuard guard;
+    ExternalTextClipboardFallback fallback;
+    /// By accessibility alone: what it cannot read, reads as empty at once.
+    ExternalTextInputReader reader;
+    /// As in the program, by copying where accessibility gives nothing.
+    ExternalTextInputReader wholeReader;
+    ExternalTextInputLocator locator;
+    /// As in the program.
     ExternalTextWriteback writeback;
     /// Without the paste.
     ExternalTextWriteback directWriteback;

@@ -93,7 +93,7 @@ public:
             qint64 end = text.indexOf(embeddedObject, from);
             if (end < 0) end = text.size();
             addPiece(block, from, end - from);
-            if (end < text.size()) addEmbedded(block.embedded[child++]);
+            if (end < text.size()) addSelectable(block, end, block.embedded[child++]);
             from = end + 1;
         }
     }
@@ -116,6 +116,7 @@ public:
 
     TextState finished() {
         state.offsets = TextOffsets(text_, text_.size(), Toolkit::other);
+        if (state.selection && state.selection->length == 0) state.selection.reset();
         return std::move(state);
     }
 
@@ -148,9 +149,24 @@ private:
         const qint64 start = std::max(block.state.selection->location, from);
         const qint64 end =
             std::min(block.state.selection->location + block.state.selection->length, from + length);
-        if (start >= end) return;
-        const qint64 first = piece.at + start - from;
-        const qint64 last = piece.at + end - from;
+        if (start < end) select(piece.at + start - from, piece.at + end - from);
+    }
+
+    /// Adds what stands at `place` in its parent. A selection that begins at the very end of a block, or ends
+    /// at the very beginning of one, shows in the parent only: the block says that nothing is selected in it.
+    void addSelectable(const Block& parent, qint64 place, const Block& block) {
+        const auto former = state.selection;
+        addEmbedded(block);
+        const auto& selection = parent.state.selection;
+        if (!selection || selection->length < 2 || state.selection != former) return;
+        const auto stands = [&block](const TextPiece& piece) { return piece.object == block.object; };
+        const auto first = std::find_if(state.pieces.begin(), state.pieces.end(), stands);
+        if (place == selection->location) select(text_.size(), text_.size());
+        if (place == selection->location + selection->length - 1 && first != state.pieces.end())
+            select(first->at, first->at);
+    }
+
+    void select(qint64 first, qint64 last) {
         const TextRange former = state.selection.value_or(TextRange{first, 0});
         const qint64 location = std::min(former.location, first);
         state.selection = TextRange{location, std::max(former.location + former.length, last) - location};
