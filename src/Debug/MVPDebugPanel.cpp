@@ -1,5 +1,6 @@
 #include "Debug/MVPDebugPanel.h"
 
+#include "Debug/OptimizeChoiceBubble.h"
 #include "ExternalAccess/ExternalActionFeedback.h"
 #include "Foundation/Characters.h"
 #include "Foundation/MVPLog.h"
@@ -13,6 +14,7 @@ namespace {
 
 constexpr QSizeF textPanelSize{300, 84};
 constexpr QSizeF statusPillSize{72, 40};
+constexpr QSizeF choicePanelSize{310, 248};
 constexpr double appearScale = 0.965;
 constexpr double appearDuration = 0.17;
 constexpr double failureCardDuration = 2.2;
@@ -103,12 +105,37 @@ void MVPDebugPanel::showStatusPill(const QString& text, std::optional<QRectF> an
     });
 }
 
+void MVPDebugPanel::showOptimizeChoicePanel(const std::vector<MemoryActionPreset>& actions,
+                                            const std::vector<std::optional<AgentProfile>>& agentSlots,
+                                            std::optional<QRectF> anchorRect,
+                                            const std::function<void(int)>& onSelectSlot,
+                                            const std::function<void()>& onClosed,
+                                            bool usesEnglishInterface) {
+    const auto content = optimizeChoiceBubble(actions, agentSlots, usesEnglishInterface);
+    onMainThread([this, content, anchorRect, onSelectSlot, onClosed] {
+        logRequest("UI showOptimizeChoicePanel requested:", content.title, anchorRect);
+        dismissOverlay();
+        const PanelSpec spec{PanelKind::choice, choicePanelSize, true, content.title, content, onSelectSlot};
+        const bool made = replace(overlay_, spec);
+        overlay_.onClosed = onClosed;
+        if (!made) return tellClosed(overlay_);
+        position(overlay_, anchorRect);
+        animateIn(overlay_, std::nullopt);
+    });
+}
+
 bool MVPDebugPanel::replace(Slot& slot, const PanelSpec& spec) {
     slot.dismissTask.invalidate();
     slot.panel.reset();
+    tellClosed(slot);
     slot.panel = panels_.create(spec);
+    slot.kind = spec.kind;
     slot.size = spec.size;
     return slot.panel != nullptr;
+}
+
+void MVPDebugPanel::tellClosed(Slot& slot) {
+    if (const auto closed = std::exchange(slot.onClosed, nullptr)) closed();
 }
 
 void MVPDebugPanel::animateIn(Slot& slot, std::optional<double> autoDismiss) {
@@ -124,7 +151,10 @@ Timer MVPDebugPanel::scheduleDismiss(double delay, std::function<void()> action)
 // MARK: Dismissing
 
 void MVPDebugPanel::dismissPanel() {
-    onMainThread([this] { dismiss(panel_); });
+    onMainThread([this] {
+        dismiss(panel_);
+        if (overlay_.kind == PanelKind::choice) dismiss(overlay_);
+    });
 }
 
 void MVPDebugPanel::dismissOverlay() {
@@ -139,6 +169,7 @@ void MVPDebugPanel::dismiss(Slot& slot) {
     panel->animateOut(lifetime_.bind([this, panel] {
         std::erase_if(leaving_, [panel](const auto& leaving) { return leaving.get() == panel; });
     }));
+    tellClosed(slot);
 }
 
 // MARK: Placing

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "AI/AgentProfile.h"
+#include "Data/MemoryActionPreset.h"
 #include "Foundation/Lifetime.h"
 #include "Platform/FloatingPanels.h"
 #include "Platform/Pasteboard.h"
@@ -18,8 +20,9 @@ namespace veltrin {
 /// animation, and with it the time at which that one would have gone.
 ///
 /// Every operation may be called from any thread; off the main thread it is done on a later turn of the main
-/// loop. Rectangles are the windowing layer's, with the origin at the bottom left. `autoDismiss` is in
-/// seconds; absent or not above 0, the panel stays until it is replaced or dismissed.
+/// loop. The optimise choice takes the mouse, everything else lets it through. Rectangles are the windowing
+/// layer's, with the origin at the bottom left. `autoDismiss` is in seconds; absent or not above 0, the panel
+/// stays until it is replaced or dismissed.
 class MVPDebugPanel {
 public:
     MVPDebugPanel(RunLoop& runLoop, FloatingPanels& panels, const Screens& screens, Pasteboard& pasteboard,
@@ -39,6 +42,18 @@ public:
     void showStatusPill(const QString& text, std::optional<QRectF> anchorRect,
                         std::optional<double> autoDismiss);
 
+    /// The choice beside the anchor, or near the pointer; it stays until it is dismissed or replaced.
+    /// `onSelectSlot` is told the number of a row that is clicked. `onClosed` is called once, when the choice
+    /// has left by whatever way, or could not be shown at all.
+    void showOptimizeChoicePanel(const std::vector<MemoryActionPreset>& actions,
+                                 const std::vector<std::optional<AgentProfile>>& agentSlots,
+                                 std::optional<QRectF> anchorRect,
+                                 const std::function<void(int slot)>& onSelectSlot,
+                                 const std::function<void()>& onClosed = {},
+                                 bool usesEnglishInterface = false);
+
+    /// Closes the message, and the choice with it, although that stands in the overlay's slot; a pill there
+    /// stays.
     void dismissPanel();
     void dismissOverlay();
     /// Moves the overlay's panel to a new anchor, without animation.
@@ -47,8 +62,10 @@ public:
 private:
     struct Slot {
         std::unique_ptr<FloatingPanel> panel;
+        PanelKind kind = PanelKind::text;
         QSizeF size;
         Timer dismissTask;
+        std::function<void()> onClosed;
     };
 
     /// Runs the operation now, or on the main loop when this is another thread.
@@ -59,6 +76,7 @@ private:
     bool replace(Slot& slot, const PanelSpec& spec);
     void animateIn(Slot& slot, std::optional<double> autoDismiss);
     void dismiss(Slot& slot);
+    static void tellClosed(Slot& slot);
     Timer scheduleDismiss(double delay, std::function<void()> action);
 
     void positionCentered(Slot& slot);

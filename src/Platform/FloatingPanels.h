@@ -6,17 +6,40 @@
 
 #include <functional>
 #include <memory>
+#include <vector>
 
 namespace veltrin {
 
 /// What a floating panel shows.
-enum class PanelKind { text, statusPill };
+enum class PanelKind { text, statusPill, choice };
+
+/// One row of a choice. Its texts come from the user's own files and may be of any length.
+struct ChoiceRow {
+    int slot = 1;      ///< the number it shows; choosing it gives this
+    QString title;     ///< an agent's name, an action's title, or that there is none
+    QString detail;    ///< one line below or beside the title; may be empty
+    QString symbol;    ///< the product's name of a symbol, which may be unknown; empty when there is none
+    QString colorHex;  ///< "#RRGGBB", or anything else: then the row has no colour of its own
+    bool isVacant = false;  ///< nobody has this slot; the row still gives its number
+    friend bool operator==(const ChoiceRow&, const ChoiceRow&) = default;
+};
+
+/// What a choice panel shows: one row for each agent slot, then the actions that can be chosen.
+struct ChoiceContent {
+    QString title;
+    QString presetMark;  ///< the word that marks the rows of actions
+    std::vector<ChoiceRow> agents;
+    std::vector<ChoiceRow> presets;
+    friend bool operator==(const ChoiceContent&, const ChoiceContent&) = default;
+};
 
 struct PanelSpec {
     PanelKind kind = PanelKind::text;
     QSizeF size;
     bool takesMouseEvents = false;
-    QString text;
+    QString text;                                  ///< of a choice: its title
+    ChoiceContent choice{};                        ///< of a choice only
+    std::function<void(int slot)> onSelectSlot{};  ///< a row was clicked; the panel may be destroyed in it
 };
 
 /// A panel that floats above every window on every desktop and never takes the keyboard focus. Coordinates

@@ -23,6 +23,10 @@ public:
     void animateIn(double scale, double seconds);
     void animateOut(double seconds, std::function<void()> completion);
 
+Q_SIGNALS:
+    /// A row of the card was clicked.
+    void slotChosen(int slot);
+
 private:
     /// Fits the window to the desktop: with nothing to blend it, it is cut to its card's shape.
     void adaptToCompositor();

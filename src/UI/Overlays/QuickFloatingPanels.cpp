@@ -7,6 +7,7 @@
 #include <QQmlComponent>
 #include <QQmlEngine>
 #include <QQuickItem>
+#include <QRegularExpression>
 #include <QScreen>
 
 #include <algorithm>
@@ -25,8 +26,36 @@ QUrl cardOf(PanelKind kind) {
             return QUrl(QStringLiteral("qrc:/qt/qml/Veltrin/TextPanel.qml"));
         case PanelKind::statusPill:
             return QUrl(QStringLiteral("qrc:/qt/qml/Veltrin/StatusPill.qml"));
+        case PanelKind::choice:
+            return QUrl(QStringLiteral("qrc:/qt/qml/Veltrin/OptimizeChoiceBubble.qml"));
     }
     return {};
+}
+
+QVariantList rowsOf(const std::vector<ChoiceRow>& rows) {
+    QVariantList list;
+    for (const ChoiceRow& row : rows) {
+        // A colour of the user's files that is none leaves the row without one.
+        static const QRegularExpression color(QStringLiteral("^#[0-9A-Fa-f]{6}$"));
+        list.append(
+            QVariantMap{{QStringLiteral("slot"), row.slot},
+                        {QStringLiteral("title"), row.title},
+                        {QStringLiteral("detail"), row.detail},
+                        {QStringLiteral("symbol"), row.symbol},
+                        {QStringLiteral("color"),
+                         color.match(row.colorHex).hasMatch() ? row.colorHex : QStringLiteral("transparent")},
+                        {QStringLiteral("vacant"), row.isVacant}});
+    }
+    return list;
+}
+
+QVariantMap propertiesOf(const PanelSpec& spec, bool dark) {
+    QVariantMap properties{{QStringLiteral("text"), spec.text}, {QStringLiteral("dark"), dark}};
+    if (spec.kind != PanelKind::choice) return properties;
+    properties.insert(QStringLiteral("agents"), rowsOf(spec.choice.agents));
+    properties.insert(QStringLiteral("presets"), rowsOf(spec.choice.presets));
+    properties.insert(QStringLiteral("presetMark"), spec.choice.presetMark);
+    return properties;
 }
 
 /// The height of the desktop, which turns a distance from its bottom into one from its top.
@@ -86,8 +115,7 @@ std::unique_ptr<FloatingPanel> QuickFloatingPanels::create(const PanelSpec& spec
     // Asked before it is made: creating from a component that is not ready crashes.
     std::unique_ptr<QObject> object;
     if (component.isReady()) {
-        object.reset(component.createWithInitialProperties(
-            {{QStringLiteral("text"), spec.text}, {QStringLiteral("dark"), usesDarkLook_()}}));
+        object.reset(component.createWithInitialProperties(propertiesOf(spec, usesDarkLook_())));
     }
     auto* card = qobject_cast<QQuickItem*>(object.get());
     if (card == nullptr) {
@@ -96,6 +124,10 @@ std::unique_ptr<FloatingPanel> QuickFloatingPanels::create(const PanelSpec& spec
     }
     static_cast<void>(object.release());  // its window keeps it
     auto window = std::make_unique<OverlayWindow>(card, spec.size.toSize(), spec.takesMouseEvents);
+    if (spec.onSelectSlot) {
+        QObject::connect(window.get(), &OverlayWindow::slotChosen, window.get(), spec.onSelectSlot);
+        QObject::connect(card, SIGNAL(slotChosen(int)), window.get(), SIGNAL(slotChosen(int)));
+    }
     return std::make_unique<QuickFloatingPanel>(std::move(window), screens_);
 }
 

@@ -71,6 +71,22 @@ std::optional<QString> FakeFloatingPanels::shownText(PanelKind kind) const {
     return found == records.rend() ? std::nullopt : std::optional<QString>((*found)->spec.text);
 }
 
+bool FakeFloatingPanels::clickRow(int slot) {
+    const auto shown = std::find_if(records.rbegin(), records.rend(), [](const auto& record) {
+        return record->isShown() && record->spec.kind == PanelKind::choice;
+    });
+    if (shown == records.rend()) return false;
+    const PanelSpec spec = (*shown)->spec;  // the panel may go in the callback
+    const auto has = [slot](const std::vector<ChoiceRow>& rows) {
+        return std::any_of(rows.begin(), rows.end(), [slot](const auto& row) { return row.slot == slot; });
+    };
+    if (!spec.takesMouseEvents || !spec.onSelectSlot ||
+        !(has(spec.choice.agents) || has(spec.choice.presets)))
+        return false;
+    spec.onSelectSlot(slot);
+    return true;
+}
+
 int FakeFloatingPanels::openCount() const {
     return static_cast<int>(
         std::count_if(records.begin(), records.end(), [](const auto& record) { return !record->closed; }));

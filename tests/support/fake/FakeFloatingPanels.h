@@ -33,6 +33,8 @@ public:
     std::vector<const Record*> shown() const;
     /// The text of the latest panel of a kind that is shown; none when there is none.
     std::optional<QString> shownText(PanelKind kind = PanelKind::text) const;
+    /// The user clicks a row of the choice that is shown; false when none is or it has no such row.
+    bool clickRow(int slot);
     /// The latest panel ever made; must exist.
     const Record& last() const { return *records.back(); }
     /// Panels whose objects still exist.

@@ -21,6 +21,29 @@ protected:
     void pill(std::optional<QRectF> anchor, std::optional<double> autoDismiss = std::nullopt) {
         panel.showStatusPill(QStringLiteral("正在优化"), anchor, autoDismiss);
     }
+    void choice(
+        std::optional<QRectF> anchor, const std::function<void(int)>& onSelectSlot = [](int) {},
+        const std::function<void()>& onClosed = {}) {
+        panel.showOptimizeChoicePanel({action("更专业", 3)}, {agent("Writer"), std::nullopt}, anchor,
+                                      onSelectSlot, onClosed);
+    }
+    static MemoryActionPreset action(const char* title, std::optional<int> slot) {
+        MemoryActionPreset preset;
+        preset.title = QString::fromUtf8(title);
+        preset.description = QStringLiteral("a line");
+        preset.icon = QStringLiteral("scope");
+        preset.colorHex = QStringLiteral("#FFE066");
+        preset.shortcutSlot = slot;
+        return preset;
+    }
+    static std::optional<AgentProfile> agent(const char* name) {
+        AgentProfile profile = AgentProfile::made({});
+        profile.name = QString::fromUtf8(name);
+        profile.icon = QStringLiteral("wand.and.stars");
+        profile.colorHex = QStringLiteral("#B5D8FF");
+        return profile;
+    }
+    bool choiceShown() const { return desktop.floatingPanels.shownText(PanelKind::choice).has_value(); }
     const FakeFloatingPanels::Record& last() const { return desktop.floatingPanels.last(); }
     std::optional<QString> shownText() const { return desktop.floatingPanels.shownText(); }
     bool logged(const QString& start) const {
@@ -217,6 +240,160 @@ TEST_F(MVPDebugPanelTest, aFailureCardShowsItsCompactMessageForAWhile) {
     EXPECT_TRUE(logged(QStringLiteral("UI showFailureCard requested:")));
 }
 
+// MARK: The choice
+
+TEST_F(MVPDebugPanelTest, theChoiceTakesTheMouseAndStandsBelowItsAnchor) {
+    choice(QRectF(600, 500, 2, 20));
+    EXPECT_EQ(last().spec.kind, PanelKind::choice);
+    EXPECT_EQ(last().spec.size, QSizeF(310, 248));
+    EXPECT_TRUE(last().spec.takesMouseEvents);
+    EXPECT_EQ(last().origin, QPointF(601 - 155, 500 - 248 - 10));
+    EXPECT_EQ(last().animatedScale, 0.965);
+    EXPECT_EQ(last().animatedDuration, 0.17);
+    EXPECT_TRUE(logged(QStringLiteral(
+        "UI showOptimizeChoicePanel requested: 优化提示词 anchor: (600, 500, 2, 20) visible frame:")));
+    desktop.advance(3600);
+    EXPECT_TRUE(choiceShown());
+}
+
+TEST_F(MVPDebugPanelTest, anAnchorAtTheBottomIsCoveredByTheChoiceThatKeepsItsMargin) {
+    const QRectF anchor(600, 40, 2, 20);
+    choice(anchor);
+    EXPECT_EQ(last().origin, QPointF(601 - 155, 12));
+    EXPECT_TRUE(QRectF(*last().origin, last().spec.size).contains(anchor));
+    choice(QRectF(-300, 1040, 2, 20));
+    EXPECT_EQ(last().origin, QPointF(12, 1040 - 248 - 10));
+    choice(QRectF(1915, 500, 2, 20));
+    EXPECT_EQ(last().origin, QPointF(1920 - 310 - 12, 500 - 248 - 10));
+}
+
+TEST_F(MVPDebugPanelTest, withoutAnAnchorTheChoiceStandsAboveThePointer) {
+    desktop.screens.mouse = {700, 400};
+    choice(std::nullopt);
+    EXPECT_EQ(last().origin, QPointF(700 - 155, 424));
+    EXPECT_TRUE(logged(QStringLiteral("UI showOptimizeChoicePanel requested: 优化提示词 anchor: nil")));
+}
+
+TEST_F(MVPDebugPanelTest, anAnchorOnASecondDisplayKeepsTheChoiceThereWhileATextGoesToTheMainScreen) {
+    desktop.screens.list.push_back({QRectF(1920, 0, 1280, 720), QRectF(1920, 0, 1280, 720)});
+    const QRectF anchor(1925, 600, 2, 20);
+    choice(anchor);
+    EXPECT_EQ(last().origin, QPointF(1920 + 12, 600 - 248 - 10));
+    text("a", std::nullopt, anchor);
+    EXPECT_EQ(last().origin, QPointF(810, 483));
+}
+
+TEST_F(MVPDebugPanelTest, aScreenThatIsUnpluggedGivesTheChoiceToTheMainOneAtTheNextMove) {
+    desktop.screens.list.push_back({QRectF(1920, 0, 1280, 720), QRectF(1920, 0, 1280, 720)});
+    const QRectF anchor(2500, 600, 2, 20);
+    choice(anchor);
+    desktop.screens.list.pop_back();
+    panel.repositionPanel(anchor);
+    EXPECT_EQ(last().origin, QPointF(1920 - 310 - 12, 600 - 248 - 10));
+    desktop.screens.list.clear();
+    panel.repositionPanel(anchor);
+    EXPECT_TRUE(last().centered);
+}
+
+TEST_F(MVPDebugPanelTest, aScreenSmallerThanTheChoiceLeavesItAtTheLowerLeftMargin) {
+    desktop.screens.list = {{QRectF(0, 0, 200, 100), QRectF(0, 0, 200, 100)}};
+    choice(QRectF(100, 50, 2, 20));
+    EXPECT_EQ(last().origin, QPointF(12, 12));
+}
+
+TEST_F(MVPDebugPanelTest, theChoiceListsAgentsBySlotAndThenThePresets) {
+    choice(std::nullopt);
+    const ChoiceContent& content = last().spec.choice;
+    EXPECT_EQ(content.title, QStringLiteral("优化提示词"));
+    EXPECT_EQ(content.presetMark, QStringLiteral("预设"));
+    const std::vector<ChoiceRow> agents{
+        {1, QStringLiteral("Writer"), {}, QStringLiteral("wand.and.stars"), QStringLiteral("#B5D8FF"), false},
+        {2, QStringLiteral("未设置优化 Agent"), QStringLiteral("前往 Agent Studio 配置"), {}, {}, true}};
+    EXPECT_EQ(content.agents, agents);
+    const std::vector<ChoiceRow> presets{{3, QStringLiteral("更专业"), QStringLiteral("a line"),
+                                          QStringLiteral("scope"), QStringLiteral("#FFE066"), false}};
+    EXPECT_EQ(content.presets, presets);
+}
+
+TEST_F(MVPDebugPanelTest, theChoiceSpeaksEnglishWhenTheInterfaceDoes) {
+    panel.showOptimizeChoicePanel({action("x", std::nullopt)}, {std::nullopt}, std::nullopt, {}, {}, true);
+    const ChoiceContent& content = last().spec.choice;
+    EXPECT_EQ(content.title, QStringLiteral("Optimize Prompt"));
+    EXPECT_EQ(content.presetMark, QStringLiteral("Preset"));
+    EXPECT_EQ(content.agents[0].title, QStringLiteral("No optimize agent set"));
+    EXPECT_EQ(content.presets[0].slot, 1);  // without a slot of its own, its position
+}
+
+TEST_F(MVPDebugPanelTest, aClickOnARowGivesItsNumber) {
+    std::vector<int> chosen;
+    choice(std::nullopt, [&](int slot) { chosen.push_back(slot); });
+    EXPECT_TRUE(desktop.floatingPanels.clickRow(2));
+    EXPECT_TRUE(desktop.floatingPanels.clickRow(3));
+    EXPECT_FALSE(desktop.floatingPanels.clickRow(4));
+    EXPECT_EQ(chosen, (std::vector<int>{2, 3}));
+}
+
+TEST_F(MVPDebugPanelTest, theChoiceSendsThePillAwayBeforeIt) {
+    pill(std::nullopt, 5.0);
+    choice(std::nullopt);
+    EXPECT_TRUE(desktop.floatingPanels.records[0]->fading);
+    desktop.advance(10);
+    EXPECT_TRUE(desktop.floatingPanels.records[0]->closed);
+    EXPECT_TRUE(choiceShown());
+}
+
+TEST_F(MVPDebugPanelTest, dismissingThePanelClosesMessageAndChoiceButNoPill) {
+    text("message");
+    choice(std::nullopt);
+    panel.dismissPanel();
+    EXPECT_FALSE(choiceShown());
+    EXPECT_FALSE(shownText());
+    pill(std::nullopt);
+    panel.dismissPanel();
+    EXPECT_TRUE(desktop.floatingPanels.shownText(PanelKind::statusPill));
+}
+
+TEST_F(MVPDebugPanelTest, theEndOfAChoiceIsToldOnceByWhateverWay) {
+    int closed = 0;
+    const auto count = [&] { ++closed; };
+    choice(std::nullopt, {}, count);
+    EXPECT_EQ(closed, 0);
+    panel.dismissPanel();
+    EXPECT_EQ(closed, 1);
+    panel.dismissPanel();
+    panel.dismissOverlay();
+    EXPECT_EQ(closed, 1);
+    choice(std::nullopt, {}, count);
+    pill(std::nullopt);
+    EXPECT_EQ(closed, 2);
+    choice(std::nullopt, {}, count);
+    choice(std::nullopt, {}, count);
+    EXPECT_EQ(closed, 3);
+    panel.dismissOverlay();
+    EXPECT_EQ(closed, 4);
+    desktop.floatingPanels.available = false;
+    choice(std::nullopt, {}, count);
+    EXPECT_EQ(closed, 5);
+}
+
+TEST_F(MVPDebugPanelTest, theChoiceFollowsItsAnchorWithoutAnimation) {
+    choice(QRectF(600, 500, 2, 20));
+    panel.repositionPanel(QRectF(700, 600, 2, 20));
+    EXPECT_EQ(last().origin, QPointF(701 - 155, 600 - 248 - 10));
+    EXPECT_EQ(desktop.floatingPanels.records.size(), 1u);
+}
+
+TEST_F(MVPDebugPanelTest, tenThousandTogglesLeaveNothingBehind) {
+    for (int i = 0; i < 10'000; ++i) {
+        choice(QRectF(600, 500, 2, 20));
+        panel.dismissPanel();
+        desktop.advance(0.2);
+        desktop.forgetRecords();
+    }
+    EXPECT_EQ(desktop.floatingPanels.openCount(), 0);
+    EXPECT_EQ(desktop.runLoop.pendingTimers(), 0u);
+}
+
 TEST_F(MVPDebugPanelTest, offTheMainThreadEveryOperationWaitsForTheMainLoop) {
     desktop.runLoop.mainThread = false;
     text("a");
@@ -228,6 +405,12 @@ TEST_F(MVPDebugPanelTest, offTheMainThreadEveryOperationWaitsForTheMainLoop) {
     desktop.runLoop.runDue();
     EXPECT_EQ(desktop.floatingPanels.shown().size(), 2u);
     EXPECT_EQ(desktop.pasteboard.peek(), QStringLiteral("r"));
+    desktop.runLoop.mainThread = false;
+    choice(std::nullopt);
+    EXPECT_FALSE(choiceShown());
+    desktop.runLoop.mainThread = true;
+    desktop.runLoop.runDue();
+    EXPECT_TRUE(choiceShown());
     desktop.runLoop.mainThread = false;
     panel.dismissPanel();
     panel.dismissOverlay();
