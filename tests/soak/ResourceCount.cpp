@@ -64,13 +64,13 @@ int ResourceCount::matchRules() {
     return count;
 }
 
-int ResourceCount::xResources() {
+QStringList ResourceCount::xKinds(int* total) {
     xcb_connection_t* connection = x_.connection();
     const xcb_res_client_id_spec_t everybody{0, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
     const XReply<xcb_res_query_client_ids_reply_t> ids(xcb_res_query_client_ids_reply(
         connection, xcb_res_query_client_ids(connection, 1, &everybody), nullptr));
     if (!ids) throw std::runtime_error("the X server counts no resources");
-    int count = 0;
+    QStringList kinds;
     for (auto id = xcb_res_query_client_ids_ids_iterator(ids.get()); id.rem > 0;
          xcb_res_client_id_value_next(&id)) {
         if (xcb_res_client_id_value_value_length(id.data) < 1) continue;
@@ -79,16 +79,24 @@ int ResourceCount::xResources() {
             connection, xcb_res_query_client_resources(connection, id.data->spec.client), nullptr));
         if (!held) continue;
         const auto* types = xcb_res_query_client_resources_types(held.get());
-        for (int i = 0; i < xcb_res_query_client_resources_types_length(held.get()); ++i)
-            count += static_cast<int>(types[i].count);
+        for (int i = 0; i < xcb_res_query_client_resources_types_length(held.get()); ++i) {
+            *total += static_cast<int>(types[i].count);
+            const XReply<xcb_get_atom_name_reply_t> name(xcb_get_atom_name_reply(
+                connection, xcb_get_atom_name(connection, types[i].resource_type), nullptr));
+            const QString kind = name ? QString::fromLatin1(xcb_get_atom_name_name(name.get()),
+                                                            xcb_get_atom_name_name_length(name.get()))
+                                      : QString();
+            kinds << u"%1 %2 %3"_s.arg(id.data->spec.client, 0, 16).arg(kind).arg(types[i].count);
+        }
     }
-    return count;
+    kinds.sort();
+    return kinds;
 }
 
 Resources ResourceCount::now() {
     Resources resources;
     resources.matchRules = matchRules();
-    resources.xResources = xResources();
+    resources.xKinds = xKinds(&resources.xResources);
     resources.descriptors = static_cast<int>(
         QDir(u"/proc/self/fd"_s).entryList(QDir::NoDotAndDotDot | QDir::System | QDir::Files).size());
     QFile statm(u"/proc/self/statm"_s);

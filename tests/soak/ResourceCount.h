@@ -3,7 +3,7 @@
 #include "support/desktop/XDesktop.h"
 
 #include <QDBusConnection>
-#include <QString>
+#include <QStringList>
 
 namespace veltrin {
 
@@ -11,6 +11,7 @@ namespace veltrin {
 struct Resources {
     int matchRules = 0;    ///< at the accessibility bus
     int xResources = 0;    ///< windows, pixmaps, cursors… of all its connections to the X server
+    QStringList xKinds;    ///< the same, by client and kind
     int descriptors = 0;   ///< open files
     double megabytes = 0;  ///< resident memory
 };
@@ -28,7 +29,7 @@ public:
 
 private:
     int matchRules();
-    int xResources();
+    QStringList xKinds(int* total);
 
     XDesktop& x_;
     QDBusConnection bus_;

@@ -27,6 +27,7 @@ using namespace Qt::StringLiterals;
 constexpr int roundsOfSession = 20;
 constexpr int mostFailures = 10;
 constexpr int warmUpSessions = 2;  // everything has been used once by then
+constexpr double transferSeconds = 10;
 constexpr double mostGrowth = 64;  // megabytes beyond those of the warm-up
 
 const QStringList applications{u"mousepad"_s, u"gnome-text-editor"_s, u"qt-widgets"_s,
@@ -103,11 +104,17 @@ private:
     }
 
     void account(int sessions) {
-        const Resources now = count_.now();
+        Resources now = count_.now();
         if (sessions < warmUpSessions) {
             first_ = now;
             return;
         }
+        // A transfer under way holds something until the other side has taken everything or is given up.
+        waitUntil(transferSeconds, [&] {
+            world_.text.pasteboard.changeCount();
+            now = count_.now();
+            return now.xResources <= first_.xResources && now.descriptors <= first_.descriptors;
+        });
         const auto check = [&](const char* what, double then, double is, double most) {
             if (is - then <= most) return;
             ++failures_;
@@ -115,6 +122,8 @@ private:
         };
         check("D-Bus match rules", first_.matchRules, now.matchRules, 0);
         check("X resources", first_.xResources, now.xResources, 0);
+        if (now.xResources > first_.xResources)
+            std::printf("        %s\n", qPrintable(now.xKinds.join(u", "_s)));
         check("open files", first_.descriptors, now.descriptors, 0);
         check("memory in MB", first_.megabytes, now.megabytes, mostGrowth);
     }

@@ -9,7 +9,12 @@ ExternalTextDesktop::ExternalTextDesktop(RealDesktop& desktop)
       screens(*connection),
       accessibility(&topLevelWindows),
       inspector_(accessibility),
-      poster(windows, {{}, &inspector_, [this](quint64 window) { pasteboard.pastePosted(window); }}),
+      poster(windows, {{},
+                       &inspector_,
+                       [this](quint64 window) {
+                           pasteboard.pastePosted(window);
+                           if (atPaste) atPaste();
+                       }}),
       preferences(desktop.file(QStringLiteral("preferences.json"))),
       loan(pasteboard, runLoop),
       guard(runLoop),

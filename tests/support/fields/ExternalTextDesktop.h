@@ -16,6 +16,8 @@
 #include "Platform/Linux/X11TopLevelWindows.h"
 #include "support/desktop/RealDesktop.h"
 
+#include <functional>
+
 namespace veltrin {
 
 /// The program's own reading, locating and writing over its own adapters, in the test's process, on a test
@@ -43,6 +45,7 @@ private:
     FieldInspector inspector_;
 
 public:
+    std::function<void()> atPaste;  ///< just before a paste key goes out; may be empty
     X11KeyPoster poster;
     RefusingPoster refusingPoster;
     FilePreferences preferences;

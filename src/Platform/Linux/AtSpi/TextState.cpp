@@ -114,6 +114,17 @@ public:
         return text_.size();
     }
 
+    /// The caret is at one end of what is selected. Where a selection ends at the beginning of a block, or
+    /// begins at the end of one, no block tells of the line break that belongs to it.
+    void setCaret(qint64 caret) {
+        state.caret = caret;
+        if (!state.selection) return;
+        const qint64 start = state.selection->location;
+        const qint64 end = start + state.selection->length;
+        if (caret == end + 1 && text_[end] == u'\n') select(caret, caret);
+        if (caret == start - 1 && text_[caret] == u'\n') select(caret, caret);
+    }
+
     TextState finished() {
         state.offsets = TextOffsets(text_, text_.size(), Toolkit::other);
         if (state.selection && state.selection->length == 0) state.selection.reset();
@@ -212,7 +223,7 @@ AXResult<TextState> readTextState(const ObjectAddress& object, Toolkit toolkit, 
     if (!load(field, 0, budget, toolkit, conversation)) return AXError::cannotComplete;
     Assembly assembly;
     assembly.add(field);
-    assembly.state.caret = assembly.caretOf(field);
+    assembly.setCaret(assembly.caretOf(field));
     assembly.state.ownLength = field.state.offsets.length();
     return assembly.finished();
 }

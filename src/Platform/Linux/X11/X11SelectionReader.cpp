@@ -69,8 +69,8 @@ qint64 X11SelectionReader::changeCountAt(std::uint64_t timestamp) {
     return count;
 }
 
-/// Waits for an event, counting changes on the way. Answers that nobody waits for any more are taken off the
-/// window, so that their owners get on.
+/// Waits for an event, counting changes on the way. Answers and pieces that nobody waits for any more are
+/// taken off the window, so that their owners get on.
 bool X11SelectionReader::wait(Clock::time_point deadline,
                               const std::function<bool(const xcb_generic_event_t&)>& wanted) {
     const auto left = std::max(milliseconds(0), std::chrono::ceil<milliseconds>(deadline - Clock::now()));
@@ -80,6 +80,11 @@ bool X11SelectionReader::wait(Clock::time_point deadline,
         if ((event.response_type & 0x7F) == XCB_SELECTION_NOTIFY) {
             const auto property = as<xcb_selection_notify_event_t>(event).property;
             if (property != XCB_NONE) xcb_delete_property(connection_->xcb(), window_, property);
+        }
+        if ((event.response_type & 0x7F) == XCB_PROPERTY_NOTIFY) {
+            const auto& change = as<xcb_property_notify_event_t>(event);
+            if (change.state == XCB_PROPERTY_NEW_VALUE && givenUp_.contains(change.atom))
+                xcb_delete_property(connection_->xcb(), window_, change.atom);
         }
         return false;
     });
@@ -121,6 +126,7 @@ X11SelectionReader::Answer X11SelectionReader::read(xcb_atom_t target, Clock::ti
     const auto time = serverTime(answerBy);
     if (!time) return {};
     const auto property = nextProperty();
+    givenUp_.erase(property);
     xcb_delete_property(connection_->xcb(), window_, property);
     xcb_convert_selection(connection_->xcb(), window_, clipboard_, target, property, *time);
     Answer answer;
@@ -151,7 +157,12 @@ X11SelectionReader::Answer X11SelectionReader::readPieces(xcb_atom_t property, C
             const auto& change = as<xcb_property_notify_event_t>(event);
             return change.atom == property && change.state == XCB_PROPERTY_NEW_VALUE;
         });
-        if (!came) return {};
+        if (!came) {
+            givenUp_.insert(property);
+            xcb_delete_property(connection_->xcb(), window_, property);
+            connection_->flush();
+            return {};
+        }
         const auto piece = take(property);
         // The notice of the announcement itself comes when it has been taken already.
         if (!piece) continue;

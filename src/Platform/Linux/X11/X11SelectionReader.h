@@ -8,6 +8,7 @@
 #include <deque>
 #include <memory>
 #include <optional>
+#include <set>
 #include <vector>
 
 namespace veltrin {
@@ -69,6 +70,7 @@ private:
     xcb_atom_t stamp_ = XCB_ATOM_NONE;
     qint64 changes_ = 0;
     std::deque<std::uint64_t> changeTimes_;  ///< of the latest changes, in nanoseconds
+    std::set<xcb_atom_t> givenUp_;           ///< properties whose owners may still send pieces
     unsigned reads_ = 0;
 };
 

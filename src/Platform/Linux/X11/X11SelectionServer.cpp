@@ -26,6 +26,10 @@ constexpr seconds requestorRemembered{2};
 /// How long a posted paste may take to fetch its text, and how long after a change of the offer a request may
 /// still be stamped by it.
 constexpr seconds postedPatience{10};
+/// An application that hears of the offer looks at it, perhaps, before it handles the key: Qt Quick fetches
+/// the whole text to know whether it could be pasted. The posted paste is over this long after the first such
+/// fetch.
+constexpr milliseconds afterFirstFetch{500};
 constexpr xcb_timestamp_t changeSlack = 50;
 constexpr seconds transferPatience{5};
 /// Longer content goes in pieces of this size.
@@ -243,7 +247,7 @@ void X11SelectionServer::handle(const xcb_generic_event_t& event) {
 
 void X11SelectionServer::pastePosted(xcb_window_t window) {
     const std::lock_guard guard(mutex_);
-    if (!held_.empty()) posted_ = Posted{clientOf(window), held_.back().number, Clock::now()};
+    if (!held_.empty()) posted_ = Posted{clientOf(window), held_.back().number, Clock::now(), {}};
 }
 
 /// What all windows of one client have in common.
@@ -255,7 +259,8 @@ xcb_window_t X11SelectionServer::clientOf(xcb_window_t window) const {
 std::optional<std::uint64_t> X11SelectionServer::offerOfPostedPaste(
     const xcb_selection_request_event_t& event, Clock::time_point now) const {
     if (!posted_ || posted_->client != clientOf(event.requestor)) return std::nullopt;
-    const bool isLate = now - posted_->when > postedPatience;
+    const bool isLate = now - posted_->when > postedPatience ||
+                        (posted_->fetched && now - *posted_->fetched > afterFirstFetch);
     const bool isTimed =
         event.time != XCB_CURRENT_TIME && !isBefore(event.time, held_.back().since + changeSlack);
     return isLate || isTimed ? std::nullopt : std::optional(posted_->number);
@@ -282,8 +287,8 @@ const X11SelectionServer::Held* X11SelectionServer::heldFor(const xcb_selection_
     }
     if (found == nullptr && wanted) found = &held_.back();
     if (found != nullptr && posted_ && found->number == posted_->number && isText(event.target) &&
-        posted_->client == clientOf(event.requestor)) {
-        posted_.reset();
+        posted_->client == clientOf(event.requestor) && !posted_->fetched) {
+        posted_->fetched = now;
     }
     if (found != nullptr && found != &held_.back()) late_[event.requestor] = {found->number, now};
     return found;

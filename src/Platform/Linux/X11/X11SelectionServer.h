@@ -50,8 +50,8 @@ public:
     /// What we offer; none when somebody else owns the selection.
     std::optional<Offer> current() const;
     /// A paste key was posted to this window just now. Until its client has fetched the text that is on
-    /// offer, it is given that text, for some seconds, though another offer of ours may have taken its place:
-    /// some toolkits stamp a late request with the time of that change.
+    /// offer, and half a second longer, it is given that text, though another offer of ours may have taken
+    /// its place: some toolkits stamp a late request with the time of that change. For ten seconds at most.
     void pastePosted(xcb_window_t window);
     /// The window that stands for us as the owner.
     xcb_window_t window() const { return window_; }
@@ -80,6 +80,7 @@ private:
         xcb_window_t client = XCB_NONE;
         std::uint64_t number = 0;
         std::chrono::steady_clock::time_point when;
+        std::optional<std::chrono::steady_clock::time_point> fetched;  ///< the text, for the first time
     };
     enum class Errand { none, take, handOver };
 
@@ -125,7 +126,7 @@ private:
     mutable std::mutex mutex_;  ///< guards what follows
     std::condition_variable finished_;
     std::deque<Held> held_;         ///< newest last; empty when we do not own the selection
-    std::optional<Posted> posted_;  ///< a posted paste whose text was not fetched yet
+    std::optional<Posted> posted_;  ///< the latest posted paste
     Errand errand_ = Errand::none;
     Errand begun_ = Errand::none;
     Offer next_;
