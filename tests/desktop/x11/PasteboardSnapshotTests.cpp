@@ -1,7 +1,6 @@
 #include "Platform/Linux/X11/X11Pasteboard.h"
-#include "support/desktop/DesktopTest.h"
-
 #include "support/Slowdown.h"
+#include "support/desktop/DesktopTest.h"
 
 namespace veltrin {
 namespace {
@@ -128,6 +127,18 @@ TEST_F(PasteboardSnapshotOnX11, anOwnerThatOwesItsTextGivesNoSnapshot) {
     content.unanswered << QStringLiteral("UTF8_STRING");
     clipboard().own(content);
     EXPECT_EQ(pasteboard->snapshot(), std::nullopt);
+}
+
+TEST_F(PasteboardSnapshotOnX11, textThatCameInOneFormOnlyIsOfferedInTheUsualOneToo) {
+    ClipboardSnapshot content;
+    content.contents[QStringLiteral("STRING")] =
+        "Gr\xFC\xDF"
+        "e";
+    content.unanswered << QStringLiteral("UTF8_STRING");
+    clipboard().own(content);
+    ASSERT_TRUE(pasteboard->restore(snapshotWith({QStringLiteral("STRING")})));
+    EXPECT_EQ(clipboard().text(), QStringLiteral("Grüße"));
+    EXPECT_EQ(clipboard().read(QStringLiteral("STRING")).bytes, content.contents[QStringLiteral("STRING")]);
 }
 
 TEST_F(PasteboardSnapshotOnX11, aSilentOwnerGivesNoSnapshot) {

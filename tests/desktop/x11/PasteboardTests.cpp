@@ -276,13 +276,15 @@ TEST_F(PasteboardOnX11, aPasteLongAfterThePostedOneIsTheUsersThoughItGivesNoTime
     }));
 }
 
-TEST_F(PasteboardOnX11, aPasteOfTheUsersOwnIsNotTakenForThePostedOne) {
+TEST_F(PasteboardOnX11, aPostedPasteThatIsStampedLaterFetchesItsTextAndTheNextOneTheUsers) {
     ASSERT_TRUE(pasteboard->setString(QStringLiteral("pasted"), PasteboardContent::temporary));
     const auto requestor = makeWindow();
     pasteboard->pastePosted(requestor);
     tick();
     ASSERT_TRUE(pasteboard->setString(QStringLiteral("the user's"), PasteboardContent::lasting));
     std::this_thread::sleep_for(std::chrono::milliseconds(60));
+    EXPECT_TRUE(requestedAt(now(), "TARGETS", requestor));
+    EXPECT_EQ(requestedAt(now(), "UTF8_STRING", requestor), QByteArray("pasted"));
     EXPECT_EQ(requestedAt(now(), "UTF8_STRING", requestor), QByteArray("the user's"));
 }
 

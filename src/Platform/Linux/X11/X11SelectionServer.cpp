@@ -26,6 +26,10 @@ constexpr seconds requestorRemembered{2};
 /// How long a posted paste may take to fetch its text, and how long after a change of the offer a request may
 /// still be stamped by it.
 constexpr seconds postedPatience{10};
+/// So long a request of the client that was posted to counts as its paste, whatever it is stamped with: GDK
+/// asks for the server's time when it gets to the key. Keys are handled in their order, so the user's own
+/// paste comes second.
+constexpr seconds timedPatience{3};
 /// An application that hears of the offer looks at it, perhaps, before it handles the key: Qt Quick fetches
 /// the whole text to know whether it could be pasted. The posted paste is over this long after the first such
 /// fetch.
@@ -259,10 +263,12 @@ xcb_window_t X11SelectionServer::clientOf(xcb_window_t window) const {
 std::optional<std::uint64_t> X11SelectionServer::offerOfPostedPaste(
     const xcb_selection_request_event_t& event, Clock::time_point now) const {
     if (!posted_ || posted_->client != clientOf(event.requestor)) return std::nullopt;
-    const bool isLate = now - posted_->when > postedPatience ||
-                        (posted_->fetched && now - *posted_->fetched > afterFirstFetch);
-    const bool isTimed =
-        event.time != XCB_CURRENT_TIME && !isBefore(event.time, held_.back().since + changeSlack);
+    const auto age = now - posted_->when;
+    const bool isLate =
+        age > postedPatience || (posted_->fetched && now - *posted_->fetched > afterFirstFetch);
+    const bool isTrusted = posted_->fetched || age > timedPatience;
+    const bool isTimed = isTrusted && event.time != XCB_CURRENT_TIME &&
+                         !isBefore(event.time, held_.back().since + changeSlack);
     return isLate || isTimed ? std::nullopt : std::optional(posted_->number);
 }
 

@@ -72,6 +72,11 @@ X11SelectionServer::Offer offerOf(const PasteboardSnapshot& snapshot, const X11S
             offer.utf8 = textOf(data).toUtf8();
         }
     }
+    // The text that came in one form only, perhaps since the owner was slow, is offered in the usual one too.
+    if (offer.utf8 && textRank > 0) {
+        const xcb_atom_t utf8 = atoms.atom(plainText().front());
+        offer.kept.push_back({utf8, {utf8, 8, *offer.utf8}});
+    }
     return offer;
 }
 
