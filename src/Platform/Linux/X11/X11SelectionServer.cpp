@@ -26,6 +26,7 @@ constexpr seconds requestorRemembered{2};
 /// How long a posted paste may take to fetch its text, and how long after a change of the offer a request may
 /// still be stamped by it.
 constexpr seconds postedPatience{10};
+constexpr xcb_timestamp_t changeSlack = 50;
 /// So long a request of the client that was posted to counts as its paste, whatever it is stamped with: GDK
 /// asks for the server's time when it gets to the key. Keys are handled in their order, so the user's own
 /// paste comes second.
@@ -34,7 +35,6 @@ constexpr seconds timedPatience{3};
 /// the whole text to know whether it could be pasted. The posted paste is over this long after the first such
 /// fetch.
 constexpr milliseconds afterFirstFetch{500};
-constexpr xcb_timestamp_t changeSlack = 50;
 constexpr seconds transferPatience{5};
 /// Longer content goes in pieces of this size.
 constexpr qsizetype pieceSize = qsizetype{192} * 1024;
