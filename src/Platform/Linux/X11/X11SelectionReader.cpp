@@ -79,7 +79,7 @@ bool X11SelectionReader::wait(Clock::time_point deadline,
         if (wanted(event)) return true;
         if ((event.response_type & 0x7F) == XCB_SELECTION_NOTIFY) {
             const auto property = as<xcb_selection_notify_event_t>(event).property;
-            if (property != XCB_NONE) xcb_delete_property(connection_->xcb(), window_, property);
+            if (property != XCB_NONE) giveUp(property);
         }
         if ((event.response_type & 0x7F) == XCB_PROPERTY_NOTIFY) {
             const auto& change = as<xcb_property_notify_event_t>(event);
@@ -88,6 +88,13 @@ bool X11SelectionReader::wait(Clock::time_point deadline,
         }
         return false;
     });
+}
+
+/// Takes away what an owner sends there, now and later, without looking at it.
+void X11SelectionReader::giveUp(xcb_atom_t property) {
+    givenUp_.insert(property);
+    xcb_delete_property(connection_->xcb(), window_, property);
+    connection_->flush();
 }
 
 xcb_atom_t X11SelectionReader::nextProperty() {
@@ -158,9 +165,7 @@ X11SelectionReader::Answer X11SelectionReader::readPieces(xcb_atom_t property, C
             return change.atom == property && change.state == XCB_PROPERTY_NEW_VALUE;
         });
         if (!came) {
-            givenUp_.insert(property);
-            xcb_delete_property(connection_->xcb(), window_, property);
-            connection_->flush();
+            giveUp(property);
             return {};
         }
         const auto piece = take(property);

@@ -61,6 +61,7 @@ private:
     std::optional<X11Connection::Property> take(xcb_atom_t property);
     std::optional<xcb_timestamp_t> serverTime(Clock::time_point deadline);
     xcb_atom_t nextProperty();
+    void giveUp(xcb_atom_t property);
     bool count(const xcb_generic_event_t& event);
     bool wait(Clock::time_point deadline, const std::function<bool(const xcb_generic_event_t&)>& wanted);
 
