@@ -103,6 +103,7 @@ public:
     virtual std::vector<AXResult<AXValue>> copyAttributeValues(const AXElementRef& element,
                                                                const std::vector<AXAttribute>& attributes) {
         std::vector<AXResult<AXValue>> values;
+        values.reserve(attributes.size());
         for (const AXAttribute attribute : attributes)
             values.push_back(copyAttributeValue(element, attribute));
         return values;
