@@ -29,6 +29,7 @@ std::vector<AXResult<AXValue>> ObjectReading::values(const std::vector<AXAttribu
     if (contains(attributes, AXAttribute::description))
         description_ = conversation_.property(object_, Name::accessible, "Description");
     std::vector<AXResult<AXValue>> values;
+    values.reserve(attributes.size());
     for (const AXAttribute attribute : attributes)
         values.push_back(value(attribute));
     return values;

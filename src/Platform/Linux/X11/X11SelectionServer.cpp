@@ -186,6 +186,7 @@ void X11SelectionServer::askManager(const Offer& offer, xcb_timestamp_t since) {
     std::vector<xcb_atom_t> kept{atoms_.utf8, atoms_.plainUtf8, XCB_ATOM_STRING};
     if (!offer.kept.empty()) {
         kept.clear();
+        kept.reserve(offer.kept.size());
         for (const auto& [target, content] : offer.kept)
             kept.push_back(target);
     }

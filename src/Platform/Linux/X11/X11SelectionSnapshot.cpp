@@ -3,6 +3,7 @@
 #include "Platform/Linux/X11/X11SelectionTypes.h"
 
 #include <algorithm>
+#include <numeric>
 
 namespace veltrin {
 namespace {
@@ -32,6 +33,7 @@ std::vector<X11SelectionReader::Listed> X11SelectionReader::named(
     const std::vector<xcb_atom_t>& targets) const {
     auto* xcb = connection_->xcb();
     std::vector<xcb_get_atom_name_cookie_t> questions;
+    questions.reserve(targets.size());
     for (const xcb_atom_t target : targets)
         questions.push_back(xcb_get_atom_name(xcb, target));
     std::vector<Listed> listed;
@@ -87,9 +89,8 @@ std::optional<PasteboardSnapshot> X11SelectionReader::snapshot(milliseconds each
 std::optional<PasteboardSnapshot> X11SelectionReader::take(milliseconds each, Clock::time_point deadline) {
     const auto offered = listed(deadline);
     if (!offered) return std::nullopt;
-    std::vector<std::size_t> order;
-    for (std::size_t i = 0; i < offered->size(); ++i)
-        order.push_back(i);
+    std::vector<std::size_t> order(offered->size());
+    std::iota(order.begin(), order.end(), 0);
     std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
         return SelectionTypes::rank((*offered)[a].name) < SelectionTypes::rank((*offered)[b].name);
     });

@@ -82,6 +82,7 @@ X11SelectionServer::Offer offerOf(const PasteboardSnapshot& snapshot, const X11S
 
 PasteboardSnapshot snapshotOf(const X11SelectionServer::Offer& offer, const X11SelectionReader& atoms) {
     PasteboardItem item;
+    item.data.reserve(offer.kept.size());
     for (const auto& [target, content] : offer.kept) {
         item.data.push_back(
             {atoms.nameOf(target), content.bytes, formOf(atoms.nameOf(content.type), content.format)});
