@@ -45,7 +45,7 @@ AppDelegate::AppDelegate(const Desktop& desktop, const Shared& shared)
       expressions_(shared.client),
       actions_({desktop.runLoop, desktop.accessibility, shared.settings, engine_, debugPanel_, writeback_,
                 validator_, expressions_, shared.expressionMemory, shared.behaviors, shared.client,
-                shared.tasks}),
+                shared.tasks, shared.sounds}),
       translation_(engine_, locator_, reader_, actions_),
       gates_(shared.settings, appPolicy_),
       quitShortcut_(desktop.keyEventTaps, desktop.runLoop, desktop.processControl) {

@@ -26,6 +26,7 @@ namespace veltrin {
 class AppSettings;
 struct DataStore;
 class ExpressionMemoryStore;
+class InteractionSoundPlayer;
 class ModelTasks;
 class OllamaClient;
 class UserBehaviorTracker;
@@ -44,6 +45,7 @@ public:
         UserBehaviorTracker& behaviors;
         DataStore& data;
         ModelTasks& tasks;
+        InteractionSoundPlayer& sounds;
     };
 
     AppDelegate(const Desktop& desktop, const Shared& shared);

@@ -11,6 +11,7 @@ class AppSettings;
 class Accessibility;
 class ExpressionMemoryStore;
 class ExpressionRunner;
+class InteractionSoundPlayer;
 class MVPDebugPanel;
 class ModelTasks;
 class OllamaClient;
@@ -36,6 +37,7 @@ public:
         UserBehaviorTracker& behaviors;
         OllamaClient& client;
         ModelTasks& tasks;
+        InteractionSoundPlayer& sounds;  ///< outlives every run
     };
 
     explicit ExternalActionHandler(const Parts& parts) : parts_(parts) {}

@@ -1,4 +1,5 @@
 #include "App/CompositionRoot.h"
+#include "App/GalleryMode.h"
 #include "Foundation/MVPLog.h"
 #include "Platform/Linux/SingleInstance.h"
 #include "Platform/Linux/TerminationSignals.h"
@@ -43,8 +44,11 @@ int run(QGuiApplication& application) {
     const QCommandLineOption logFile(QStringLiteral("log-file"), QStringLiteral("Append the log to <path>."),
                                      QStringLiteral("path"));
     parser.addOption(logFile);
+    GalleryMode::addOptions(parser);
     parser.process(application);
     if (parser.isSet(logFile)) MVPLog::setLogURL(parser.value(logFile));
+
+    if (GalleryMode::isWanted(parser)) return GalleryMode::run(parser);
 
     SingleInstance instance(QStringLiteral("com.veltrin.app"));
     switch (instance.acquire(0)) {

@@ -49,6 +49,7 @@ void SoakTally::add(const SoakTally& other) {
     written += other.written;
     refused += other.refused;
     unexpected += other.unexpected;
+    givenUp += other.givenUp;
     hung += other.hung;
     snapshots += other.snapshots;
 }
@@ -342,9 +343,13 @@ void SoakSession::finish(bool success, bool isDirect, const QString& expected, c
         world_.text.loan.giveBackPending();
     }
     // Chromium gives a paste up when the clipboard changes while it is at it, whatever it is answered.
-    const bool mayBeGivenUp = isAtOnce && row_->application == u"chromium";
-    const bool isThere =
-        waitUntil(mayBeGivenUp ? tellSeconds : showSeconds, [&] { return field().state().text == expected; });
+    // LibreOffice takes no notice of the key as long as it has not heard, on a busy machine, that there is
+    // something to paste again.
+    const bool mayBeGivenUp =
+        (isAtOnce && row_->application == u"chromium") || row_->application == u"libreoffice-writer";
+    const bool isThere = waitUntil(isAtOnce && mayBeGivenUp ? tellSeconds : showSeconds,
+                                   [&] { return field().state().text == expected; });
+    if (mayBeGivenUp && !isThere) ++tally_.givenUp;
     expectText(mayBeGivenUp && !isThere ? state_.text : expected, when);
     giveBack();
     expectStringBack(orElse, when);

@@ -31,6 +31,7 @@ struct SoakTally {
     int written = 0;
     int refused = 0;     ///< the text stayed as it was, and the caller knows
     int unexpected = 0;  ///< of these, in fields that can be written so
+    int givenUp = 0;     ///< pastes that the application made nothing of, the text as it was
     int hung = 0;
     int snapshots = 0;
     void add(const SoakTally& other);
