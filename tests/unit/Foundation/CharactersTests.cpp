@@ -20,12 +20,36 @@ qsizetype countOneByOne(const QString& text) {
 }
 
 TEST(Characters, countsAnyMixtureAsItsBoundariesSay) {
-    const QStringList pieces{u"a"_s,          u"中"_s,         u"文"_s,         u"。"_s,     u"\n"_s,
-                             u"\r\n"_s,       u"\r"_s,         u"\u0301"_s,     u"\u200D"_s, u"\uFE0F"_s,
-                             u"\U0001F468"_s, u"\U0001F3FD"_s, u"\u1100"_s,     u"\uAC00"_s, u"\u11A8"_s,
-                             u"\u0E33"_s,     u"\u0E01"_s,     u"д"_s,          u"ガ"_s,     u"\uFF9E"_s,
-                             u"\uD83D"_s,     u"\uDE00"_s,     u"\u00AD"_s,     u"\u0600"_s, u"©"_s,
-                             u"…"_s,          u"\u200B"_s,     u"\U0001F1E9"_s, u"\u0903"_s, u"\u1F00"_s};
+    const QStringList pieces{u"a"_s,
+                             u"中"_s,
+                             u"文"_s,
+                             u"。"_s,
+                             u"\n"_s,
+                             u"\r\n"_s,
+                             u"\r"_s,
+                             u"\u0301"_s,
+                             u"\u200D"_s,
+                             u"\uFE0F"_s,
+                             u"\U0001F468"_s,
+                             u"\U0001F3FD"_s,
+                             u"\u1100"_s,
+                             u"\uAC00"_s,
+                             u"\u11A8"_s,
+                             u"\u0E33"_s,
+                             u"\u0E01"_s,
+                             u"д"_s,
+                             u"ガ"_s,
+                             u"\uFF9E"_s,
+                             QString(QChar(0xD83D)),
+                             QString(QChar(0xDE00)),
+                             u"\u00AD"_s,
+                             u"\u0600"_s,
+                             u"©"_s,
+                             u"…"_s,
+                             u"\u200B"_s,
+                             u"\U0001F1E9"_s,
+                             u"\u0903"_s,
+                             u"\u1F00"_s};
     std::mt19937 random(7);
     for (int round = 0; round < 3000; ++round) {
         QString text;

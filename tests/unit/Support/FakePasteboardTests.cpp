@@ -12,7 +12,7 @@ const QString secretHint = u"x-kde-passwordManagerHint"_s;
 TEST(FakePasteboardSnapshot, everythingComesBackAsItWas) {
     FakeDesktop desktop;
     FakePasteboard& pasteboard = desktop.pasteboard;
-    pasteboard.copyRichFrom(7, u"words 你"_s,
+    pasteboard.copyRichFrom(0, u"words 你"_s,
                             {{u"text/html"_s, "<b>words</b>"}, {u"image/png"_s, "\x89PNG"}});
     const auto taken = pasteboard.snapshot();
     ASSERT_TRUE(taken);
@@ -27,7 +27,7 @@ TEST(FakePasteboardSnapshot, everythingComesBackAsItWas) {
 
 TEST(FakePasteboardSnapshot, aSecretComesBackMarked) {
     FakeDesktop desktop;
-    desktop.pasteboard.copySecretFrom(7, u"pass"_s);
+    desktop.pasteboard.copySecretFrom(0, u"pass"_s);
     EXPECT_TRUE(desktop.pasteboard.types().contains(secretHint));
     ASSERT_TRUE(desktop.pasteboard.restore(*desktop.pasteboard.snapshot()));
     EXPECT_TRUE(desktop.pasteboard.string().isSecret);
@@ -46,7 +46,7 @@ TEST(FakePasteboardSnapshot, anEmptyPasteboardHasNoItems) {
 
 TEST(FakePasteboardSnapshot, aSilentTypeCostsItsTimeAndIsLeftOut) {
     FakeDesktop desktop;
-    desktop.pasteboard.copyRichFrom(7, u"words"_s, {}, {u"text/html"_s, u"image/bmp"_s});
+    desktop.pasteboard.copyRichFrom(0, u"words"_s, {}, {u"text/html"_s, u"image/bmp"_s});
     const double begin = desktop.runLoop.now();
     const auto taken = desktop.pasteboard.snapshot();
     EXPECT_NEAR(desktop.runLoop.now() - begin, 0.1, 1e-9);
@@ -69,7 +69,7 @@ TEST(FakePasteboardSnapshot, aPasteboardThatCannotBeTakenIsNotRestored) {
     FakeDesktop desktop;
     desktop.pasteboard.put(u"words"_s);
     const auto taken = desktop.pasteboard.snapshot();
-    desktop.pasteboard.copyFrom(7, u"newer"_s);
+    desktop.pasteboard.copyFrom(0, u"newer"_s);
     desktop.pasteboard.refusesOwnership = true;
     EXPECT_FALSE(desktop.pasteboard.restore(*taken));
     EXPECT_EQ(desktop.pasteboard.peek(), u"newer"_s);
