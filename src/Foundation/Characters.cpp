@@ -30,11 +30,23 @@ constexpr Units solidUnits[] = {
     {0x1E00, 0x1FFF}, {0x2010, 0x2027}, {0x2030, 0x205E}, {0x3400, 0x4DBF},
 };
 
+/// Scripts whose characters are told from each other by what stands around them.
+constexpr Units contextualUnits[] = {{0x0590, 0x10FF}, {0x1200, 0x1DFF}, {0xA000, 0xABFF}, {0xFB1D, 0xFDFF}};
+
+template <std::size_t N>
+bool isIn(const Units (&ranges)[N], QChar c) {
+    return std::any_of(std::begin(ranges), std::end(ranges), [unit = c.unicode()](const Units& range) {
+        return unit >= range.first && unit <= range.last;
+    });
+}
+
+bool isContextual(QChar c) {
+    return c.unicode() >= firstCombining && isIn(contextualUnits, c);
+}
+
 bool isSolid(QChar c) {
     const char16_t unit = c.unicode();
-    if (unit < firstCombining) return c != u'\r' && unit != 0xAD;
-    return std::any_of(std::begin(solidUnits), std::end(solidUnits),
-                       [unit](const Units& range) { return unit >= range.first && unit <= range.last; });
+    return unit < firstCombining ? unit != u'\r' && unit != 0xAD : isIn(solidUnits, c);
 }
 
 qsizetype countByBoundaries(QStringView text) {
@@ -63,6 +75,7 @@ qsizetype positionAfter(QStringView text, qsizetype characters) {
 
 qsizetype count(QStringView text) {
     if (isSimple(text)) return text.size();
+    if (std::any_of(text.begin(), text.end(), isContextual)) return countByBoundaries(text);
     // Between two solid units there is always a boundary; only what lies between such places is looked at
     // closely, since that takes some fifty times as long.
     qsizetype characters = 0;

@@ -28,6 +28,7 @@ constexpr int roundsOfSession = 20;
 constexpr int mostFailures = 10;
 constexpr int warmUpSessions = 2;  // everything has been used once by then
 constexpr double transferSeconds = 10;
+constexpr int underWay = 2;        // X resources of a transfer or a question that an ended program left open
 constexpr double mostGrowth = 64;  // megabytes beyond those of the warm-up
 
 const QStringList applications{u"mousepad"_s, u"gnome-text-editor"_s, u"qt-widgets"_s,
@@ -122,8 +123,8 @@ private:
             std::printf("FAILED  %s grew from %g to %g\n", what, then, is);
         };
         check("D-Bus match rules", first_.matchRules, now.matchRules, 0);
-        check("X resources", first_.xResources, now.xResources, 0);
-        if (now.xResources > first_.xResources)
+        check("X resources", first_.xResources, now.xResources, underWay);
+        if (now.xResources > first_.xResources + underWay)
             std::printf("        %s\n", qPrintable(now.xKinds.join(u", "_s)));
         check("open files", first_.descriptors, now.descriptors, 0);
         check("memory in MB", first_.megabytes, now.megabytes, mostGrowth);
