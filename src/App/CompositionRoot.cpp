@@ -19,6 +19,7 @@
 #include "Platform/Linux/Pulse/PulseSoundOutput.h"
 #include "Platform/Linux/QtHttpClient.h"
 #include "Platform/Linux/QtRunLoop.h"
+#include "Platform/Linux/SessionLock.h"
 #include "Platform/Linux/SingleInstance.h"
 #include "Platform/Linux/X11/X11KeyEventTaps.h"
 #include "Platform/Linux/X11/X11KeyPoster.h"
@@ -34,6 +35,7 @@
 #include "UI/Design/VtLook.h"
 #include "UI/Overlays/QuickFloatingPanels.h"
 
+#include <QDBusConnection>
 #include <QGuiApplication>
 #include <QStandardPaths>
 
@@ -72,6 +74,8 @@ struct CompositionRoot::Objects {
     X11Screens screens{*connection};
     X11Pasteboard pasteboard;
     X11KeyEventTaps keyEventTaps{runLoop};
+    SessionLock sessionLock{QDBusConnection::sessionBus(), QDBusConnection::systemBus(),
+                            [this](bool locked) { keyEventTaps.setSilent(locked); }};
     X11TopLevelWindows topLevelWindows;
     AtSpiAccessibility accessibility{&topLevelWindows};
     FieldInspector inspector{accessibility};
