@@ -109,6 +109,9 @@ ExternalActionPipeline::Dependencies ExternalActionHandler::dependencies() {
     to.recordCommandUsed = lifetime_.bind([this](const CommandRecommendation& shown, const QString& appName) {
         parts_.behaviors.record(BehaviorType::commandUsed, shown.command, appName, shown.category, true);
     });
+    to.startThinking = parts_.sounds.startThinking;
+    to.playCompletion = parts_.sounds.playCompletion;
+    to.playCancel = parts_.sounds.playCancel;
     return to;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ExternalAccess/ExternalActionPipeline.h"
+#include "ExternalAccess/InteractionSounds.h"
 #include "Foundation/Lifetime.h"
 
 #include <QCoro/QCoroTask>
@@ -36,6 +37,7 @@ public:
         UserBehaviorTracker& behaviors;
         OllamaClient& client;
         ModelTasks& tasks;
+        InteractionSounds sounds{};
     };
 
     explicit ExternalActionHandler(const Parts& parts) : parts_(parts) {}
