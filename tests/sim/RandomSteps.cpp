@@ -25,6 +25,8 @@ const std::vector<RandomUse::Choice>& RandomUse::choices() {
         {1, &RandomUse::changeBlacklist},    {6, &RandomUse::changeFaults},
         {3, &RandomUse::changeDesktop},      {1, &RandomUse::tapIsSwitchedOff},
         {2, &RandomUse::holdModifier},       {30, &RandomUse::wait},
+        {10, &RandomUse::tapTwice},          {12, &RandomUse::pressChoiceKey},
+        {2, &RandomUse::clickRow},           {4, &RandomUse::moveField},
     };
     return all;
 }
@@ -41,8 +43,19 @@ void RandomUse::pressKey(qint64 keyCode, quint64 flags) {
 }
 
 void RandomUse::typeText(const QString& text) {
-    edit({ExpectedText::Edit::Kind::insert, text, {}});
+    const int swallowed = desktop_.keyEventTaps.swallowed;
     desktop_.keyboard.type(text);
+    // The choice takes its keys, and nobody else takes any.
+    if (desktop_.keyEventTaps.swallowed == swallowed) edit({ExpectedText::Edit::Kind::insert, text, {}});
+}
+
+void RandomUse::tapSpace(double hold) {
+    const int swallowed = desktop_.keyEventTaps.swallowed;
+    desktop_.keyboard.press(KeyCode::space);
+    if (desktop_.keyEventTaps.swallowed == swallowed)
+        edit({ExpectedText::Edit::Kind::insert, QStringLiteral(" "), {}});
+    desktop_.advance(hold);
+    desktop_.keyboard.release(KeyCode::space);
 }
 
 QString RandomUse::typeCharacter() {
@@ -170,13 +183,54 @@ QString RandomUse::tapThreeTimes() {
     const double gap = oneIn(6) ? seconds(0.1, 0.4) : seconds(0.03, 0.12);
     for (int i = 0; i < taps; ++i) {
         if (i > 0) desktop_.advance(gap);
-        edit({ExpectedText::Edit::Kind::insert, QStringLiteral(" "), {}});
-        desktop_.keyboard.press(KeyCode::space);
-        desktop_.advance(hold);
-        desktop_.keyboard.release(KeyCode::space);
+        tapSpace(hold);
     }
     desktop_.advance(seconds(0, 0.3));
     return QStringLiteral("taps %1 times").arg(taps);
+}
+
+// MARK: The choice
+
+QString RandomUse::tapTwice() {
+    desktop_.advance(seconds(0.3, 2));
+    tapSpace(0.04);
+    desktop_.advance(seconds(0.03, 0.1));
+    tapSpace(0.04);
+    desktop_.advance(seconds(0, 0.8));
+    return QStringLiteral("taps twice");
+}
+
+QString RandomUse::pressChoiceKey() {
+    static constexpr qint64 keys[] = {KeyCode::one,   KeyCode::two,   KeyCode::three,     KeyCode::four,
+                                      KeyCode::space, KeyCode::slash, KeyCode::returnKey, KeyCode::escape};
+    const qint64 key = keys[below(static_cast<int>(std::size(keys)))];
+    const bool taken = isChoiceWaiting() && veltrin_.delegate().engine().isRunning();
+    if (!taken && key == KeyCode::returnKey) return QStringLiteral("(no line break)");
+    const int swallowed = desktop_.keyEventTaps.swallowed;
+    pressKey(key);
+    const bool isSwallowed = desktop_.keyEventTaps.swallowed > swallowed;
+    if (isSwallowed != taken) fail(QStringLiteral("key %1 went astray").arg(key));
+    const QChar typed = fakeCharacterOf(key, 0);
+    if (!isSwallowed && !typed.isNull()) edit({ExpectedText::Edit::Kind::insert, typed, {}});
+    desktop_.advance(seconds(0, 0.8));
+    return QStringLiteral("presses key %1 of the choice%2")
+        .arg(key)
+        .arg(taken ? QStringLiteral(", which takes it") : QString());
+}
+
+QString RandomUse::clickRow() {
+    const int slot = 1 + below(4);
+    const bool clicked = desktop_.floatingPanels.clickRow(slot);
+    desktop_.advance(seconds(0, 0.5));
+    return clicked ? QStringLiteral("clicks row %1").arg(slot) : QStringLiteral("(nothing to click)");
+}
+
+QString RandomUse::moveField() {
+    auto chosen = fields_.begin();
+    std::advance(chosen, below(static_cast<int>(fields_.size())));
+    chosen->field->frame.moveTo(below(3000) - 500, below(2000) - 500);
+    desktop_.advance(seconds(0, 0.4));
+    return QStringLiteral("field %1 moves").arg(chosen->field->id);
 }
 
 QString RandomUse::pressShortcut() {
@@ -263,6 +317,7 @@ QString RandomUse::quitApplication() {
 QString RandomUse::changeReplaceMode() {
     const auto mode = static_cast<TextReplaceMode>(below(3));
     veltrin_.settings().translationReplaceMode.set(mode);
+    veltrin_.settings().optimizeReplaceMode.set(mode);
     return QStringLiteral("replace mode ") + rawValue(mode);
 }
 

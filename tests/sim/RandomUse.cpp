@@ -21,7 +21,7 @@ constexpr double settleLimit = 400;
 constexpr qint64 longestLog = 4'000'000;
 
 bool isResult(const std::optional<QString>& text) {
-    return text && text->startsWith(QStringLiteral("Result "));
+    return text && text->contains(QStringLiteral("Result "));
 }
 
 QString shown(const std::optional<QString>& text) {
@@ -151,6 +151,8 @@ SimulatedModel::Reply RandomUse::answer(const QString& prompt) {
     const int kind = below(20);
     if (kind == 0) return Reply::text(QStringLiteral("Too late."), 200);
     if (kind == 1) return Reply::failing(UrlError::networkConnectionLost, delay);
+    const bool recommends = prompt.contains(QStringLiteral("活跃应用"));
+    if (recommends && kind < 6) return Reply::failing(UrlError::timedOut, delay);
     if (kind == 2) return Reply::text(QStringLiteral("  \n"), delay);
     if (kind == 3) return Reply::text(QStringLiteral("请你为以下文本翻译"), delay);
     if (kind == 4) {
@@ -167,6 +169,15 @@ SimulatedModel::Reply RandomUse::answer(const QString& prompt) {
     run.result.run = ++lastRun_;
     run.result.text = QStringLiteral("Result %1.").arg(lastRun_);
     run.answeredAt = desktop_.now() + delay;
+    if (recommends) {
+        const QString command = run.result.text;
+        run.result.text = QStringLiteral("★ %1 — fits").arg(command);
+        runs_.push_back(run);
+        return Reply::text(QStringLiteral(R"([{"command":"%1","category":"tool","explanation":"fits",)"
+                                          R"("confidence":"high"}])")
+                               .arg(command),
+                           delay);
+    }
     runs_.push_back(run);
     return Reply::text(run.result.text, delay);
 }
@@ -201,6 +212,12 @@ bool RandomUse::settle() {
     for (const auto& application : desktop_.workspace.applications)
         application->resume();
     desktop_.advance(0.1);
+    if (isChoiceWaiting()) {
+        veltrin_.settings().spaceGesturesEnabled.set(true);
+        desktop_.runLoop.runDue();
+        pressKey(KeyCode::escape);
+        if (isChoiceWaiting()) fail(QStringLiteral("the choice does not close"));
+    }
     const bool idle = veltrin_.runUntilIdle(settleLimit);
     check();
     if (!failure_.isEmpty()) return false;
@@ -222,6 +239,10 @@ bool RandomUse::settle() {
     QFile log(MVPLog::logURL());
     if (log.size() > longestLog) log.resize(0);
     return failure_.isEmpty();
+}
+
+bool RandomUse::isChoiceWaiting() {
+    return veltrin_.delegate().optimizeInteraction().isWaiting();
 }
 
 // MARK: Checks
@@ -403,6 +424,17 @@ void RandomUse::checkProgram() {
         [](const auto& tap) { return tap->isRunning() && tap->mask == KeyEventMask::keyDownAndKeyUp; });
     if (running != (veltrin_.settings().spaceGesturesEnabled() ? 1 : 0))
         fail(QStringLiteral("%1 gesture taps run").arg(running));
+    const auto shown = desktop_.floatingPanels.shown();
+    const bool choiceShown = std::any_of(
+        shown.begin(), shown.end(), [](const auto* panel) { return panel->spec.kind == PanelKind::choice; });
+    if (choiceShown != isChoiceWaiting()) fail(QStringLiteral("the choice waits unseen, or is seen in vain"));
+    for (const auto& tap : desktop_.keyEventTaps.taps) {
+        const auto claimed = std::count_if(tap->claimable.begin(), tap->claimable.end(),
+                                           [](const ClaimableKey& key) { return key.flags == 0; });
+        if (tap->isRunning() && tap->mask == KeyEventMask::keyDownAndKeyUp &&
+            claimed != (isChoiceWaiting() ? 8 : 0))
+            fail(QStringLiteral("%1 keys are claimed").arg(claimed));
+    }
     if (!desktop_.keyboard.down.empty()) fail(QStringLiteral("a key is down"));
     const double blocked = desktop_.runLoop.blockedSeconds() - blockedBefore_;
     blockedBefore_ = desktop_.runLoop.blockedSeconds();

@@ -21,6 +21,7 @@ namespace veltrin {
 ///   once, in a field it was meant for, in the manner that the settings ask for;
 /// - a result is either in its field, or was handed over by a paste key, or was copied for the user;
 /// - the tap is on exactly when the settings want it, with no suspension left, and no key is down;
+/// - the choice waits exactly while its panel shows, and exactly then its keys are claimed, and taken;
 /// - the program was never blocked for longer than a hung neighbour may cost.
 /// Now and then everything comes to rest, and then no timer, request or panel is left and the pasteboard's
 /// plain string is the user's again.
@@ -105,6 +106,10 @@ private:
     QString ownerFallsSilent();
     QString tapThreeTimes();
     QString pressShortcut();
+    QString tapTwice();
+    QString pressChoiceKey();
+    QString clickRow();
+    QString moveField();
     QString focusField();
     QString leaveEverything();
     QString retitleWindow();
@@ -124,6 +129,8 @@ private:
     bool isCopyOfTheProgram(const FakePasteboard::Offer& offer) const;
     void pressKey(qint64 keyCode, quint64 flags = 0);
     void typeText(const QString& text);
+    void tapSpace(double hold);
+    bool isChoiceWaiting();
     void edit(ExpectedText::Edit edit);
     TextRange randomRange(const QString& text);
     SimulatedModel::Reply answer(const QString& prompt);
