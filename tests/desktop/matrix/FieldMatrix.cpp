@@ -172,13 +172,16 @@ void FieldMatrix::set(const FieldState& state) {
 }
 
 QString FieldMatrix::find() {
-    set({sample, 0, 0});
+    // A text of its own: until the application tells of the new focus, the field before it is found, with its
+    // sample.
+    const QString own = sample + u' ' + row_.field;
+    set({own, 0, 0});
     AXElementRef element;
     const bool found = waitUntil(readingPatience(), [&] {
         element = focusedElement(text().accessibility, application().process());
         const auto value = element ? readAttribute<QString>(text().accessibility, element, AXAttribute::value)
                                    : AttributeReading<QString>();
-        return value.value == sample;
+        return value.value == own;
     });
     if (!found) return u"none"_s;
     return readAttribute<QString>(text().accessibility, element, AXAttribute::role).value.value_or(u"?"_s);

@@ -6,6 +6,8 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
+#include <algorithm>
+
 namespace veltrin {
 
 /// Sends the log into a file of its own while it lives.
@@ -24,6 +26,11 @@ public:
         for (QString& line : lines)
             line = line.mid(line.indexOf(QStringLiteral("] ")) + 2);
         return lines;
+    }
+    bool has(const QString& line) const { return lines().contains(line); }
+    bool hasStartingWith(const QString& start) const {
+        const QStringList all = lines();
+        return std::ranges::any_of(all, [&](const QString& line) { return line.startsWith(start); });
     }
 
 private:

@@ -4,6 +4,3 @@ add_executable(veltrin_model_service ${service_sources} ${CMAKE_CURRENT_LIST_DIR
 target_include_directories(veltrin_model_service PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
 target_link_libraries(veltrin_model_service PRIVATE veltrin_foundation Qt6::Network)
 target_precompile_headers(veltrin_model_service PRIVATE ${VELTRIN_CORE_PCH})
-if(TARGET veltrin_wire_tests)
-    add_dependencies(veltrin_wire_tests veltrin_model_service)
-endif()

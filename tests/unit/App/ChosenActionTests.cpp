@@ -1,18 +1,5 @@
 #include "App/ChosenAction.h"
-#include "App/ExternalActionHandler.h"
-#include "Debug/MVPDebugPanel.h"
-#include "Engines/ExpressionRunner.h"
-#include "Expression/ExpressionMemoryStore.h"
-#include "ExternalAccess/ExternalTextInputReader.h"
-#include "ExternalAccess/WritebackTargetValidator.h"
-#include "Foundation/Json.h"
-#include "Gesture/SpaceGestureEngine.h"
-#include "Session/UserBehaviorTracker.h"
-#include "support/fake/FakeDesktop.h"
-#include "support/fake/LogCapture.h"
-#include "support/fake/TaskWorld.h"
-
-#include <QTemporaryDir>
+#include "unit/App/HandlerWorld.h"
 
 #include <gtest/gtest.h>
 
@@ -23,44 +10,21 @@ using namespace Qt::StringLiterals;
 
 const QString suspended = u"SpaceGestureEngine event tap suspended reason: external text read"_s;
 
-class ChosenActionTest : public testing::Test {
+class ChosenActionTest : public testing::Test, protected HandlerWorld {
 protected:
     ChosenActionTest() {
         desktop.focus(field);
         engine.start();
-        Json body;
-        body.set(u"response"_s,
-                 uR"([{"command":"/review","category":"slash-command",)"
-                 uR"("explanation":"要合并了","confidence":"high"}])"_s);
-        desktop.httpClient.answer(200, body.serialized());
+        modelAnswers(
+            uR"([{"command":"/review","category":"slash-command",)"
+            uR"("explanation":"要合并了","confidence":"high"}])"_s);
     }
     QString prompt(std::size_t request) const {
         return *Json::parse(desktop.httpClient.requests.at(request).body).find(u"prompt")->toString();
     }
 
-    LogCapture log;
-    FakeDesktop desktop;
     FakeApplication& terminal = desktop.launch(u"Konsole"_s, u"org.kde.konsole"_s);
     FakeTextField& field = terminal.addField(u"git push"_s);
-    NotificationCenter notifications;
-    AppSettings settings{desktop.preferences, notifications, desktop.environment};
-    OllamaClient client{desktop.httpClient, settings};
-    ExpressionMemoryStore memory{desktop.preferences};
-    QTemporaryDir folder;
-    UserBehaviorTracker tracker{folder.path(), desktop.runLoop};
-    SpaceGestureEngine engine{desktop.runLoop, desktop.keyEventTaps, desktop.preferences, desktop.pasteboard};
-    MVPDebugPanel panel{desktop.runLoop, desktop.floatingPanels, desktop.screens, desktop.pasteboard,
-                        desktop.preferences};
-    ExternalTextInputReader reader{desktop.accessibility, desktop.workspace, desktop.preferences};
-    PasteboardLoan loan{desktop.pasteboard, desktop.runLoop};
-    ExternalTextWriteback writeback{desktop.accessibility, desktop.workspace, loan, desktop.keyPoster,
-                                    desktop.runLoop};
-    WritebackTargetValidator validator{desktop.accessibility, desktop.workspace, settings};
-    ExpressionRunner expressions{client};
-    TaskMaterial material;
-    ModelTasks tasks{client, settings, desktop.runLoop, material.closures()};
-    ExternalActionHandler handler{{desktop.runLoop, desktop.accessibility, settings, engine, panel, writeback,
-                                   validator, expressions, memory, tracker, client, tasks}};
     std::optional<ChosenAction> chosen{std::in_place, desktop.runLoop, engine, reader, handler};
 };
 

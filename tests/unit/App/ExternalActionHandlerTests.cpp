@@ -1,17 +1,4 @@
-#include "App/ExternalActionHandler.h"
-#include "Debug/MVPDebugPanel.h"
-#include "Engines/ExpressionRunner.h"
-#include "Expression/ExpressionMemoryStore.h"
-#include "ExternalAccess/ExternalTextInputReader.h"
-#include "ExternalAccess/WritebackTargetValidator.h"
-#include "Foundation/Json.h"
-#include "Gesture/SpaceGestureEngine.h"
-#include "Session/UserBehaviorTracker.h"
-#include "support/fake/FakeDesktop.h"
-#include "support/fake/LogCapture.h"
-#include "support/fake/TaskWorld.h"
-
-#include <QTemporaryDir>
+#include "unit/App/HandlerWorld.h"
 
 #include <gtest/gtest.h>
 
@@ -22,23 +9,15 @@ using namespace Qt::StringLiterals;
 using Action = ExternalGestureAIAction;
 using Type = TrackedBehavior::BehaviorType;
 
-/// The handler with everything it is bound to, on the simulated desktop.
-class ExternalActionHandlerTest : public testing::Test {
+class ExternalActionHandlerTest : public testing::Test, protected HandlerWorld {
 protected:
     ExternalActionHandlerTest() { desktop.focus(field); }
 
     void run(const Action& action) {
         ExternalTextSession session;
-        session.readResult =
-            ExternalTextInputReader(desktop.accessibility, desktop.workspace, desktop.preferences)
-                .readFocusedText();
+        session.readResult = reader.readFocusedText();
         auto task = handler.handleExternalAIAction(action, session);
         desktop.advance(1);  // for the paste and the return of the clipboard
-    }
-    void modelAnswers(const QString& text) {
-        Json body;
-        body.set(u"response"_s, text);
-        desktop.httpClient.answer(200, body.serialized());
     }
     /// What the tracker holds, newest first.
     QStringList behaviors() const {
@@ -50,28 +29,8 @@ protected:
         return texts;
     }
 
-    LogCapture log;
-    FakeDesktop desktop;
     FakeApplication& editor = desktop.launch(u"Editor"_s, u"org.example.Editor"_s);
     FakeTextField& field = editor.addField(u"Hallo Welt"_s);
-    NotificationCenter notifications;
-    AppSettings settings{desktop.preferences, notifications, desktop.environment};
-    OllamaClient client{desktop.httpClient, settings};
-    ExpressionMemoryStore memory{desktop.preferences};
-    QTemporaryDir folder;
-    UserBehaviorTracker tracker{folder.path(), desktop.runLoop};
-    SpaceGestureEngine engine{desktop.runLoop, desktop.keyEventTaps, desktop.preferences, desktop.pasteboard};
-    MVPDebugPanel panel{desktop.runLoop, desktop.floatingPanels, desktop.screens, desktop.pasteboard,
-                        desktop.preferences};
-    PasteboardLoan loan{desktop.pasteboard, desktop.runLoop};
-    ExternalTextWriteback writeback{desktop.accessibility, desktop.workspace, loan, desktop.keyPoster,
-                                    desktop.runLoop};
-    WritebackTargetValidator validator{desktop.accessibility, desktop.workspace, settings};
-    ExpressionRunner expressions{client};
-    TaskMaterial material;
-    ModelTasks tasks{client, settings, desktop.runLoop, material.closures()};
-    ExternalActionHandler handler{{desktop.runLoop, desktop.accessibility, settings, engine, panel, writeback,
-                                   validator, expressions, memory, tracker, client, tasks}};
 };
 
 TEST_F(ExternalActionHandlerTest, theTrackerShowsWhatWasDone) {

@@ -3,8 +3,8 @@
 #include "support/fake/FakeHttpClient.h"
 #include "support/fake/FakePreferences.h"
 #include "support/fake/FakeSystemEnvironment.h"
+#include "support/fake/LogCapture.h"
 #include "support/fake/TaskRunner.h"
-#include "unit/ExternalAccess/LogCapture.h"
 
 #include <gtest/gtest.h>
 
@@ -42,12 +42,12 @@ protected:
 };
 
 TEST_F(ExpressionRunnerTest, aTranslationGoesToTheModelAndComesBackTrimmed) {
-    const test::LogCapture log;
+    const LogCapture log;
     answer(QStringLiteral("\n Good morning. \n"));
     ExpressionRequest translation = request(ExpressionTrigger::translate, QStringLiteral("早上好。"));
     translation.targetLanguage = QStringLiteral("en");
     const auto outcome = run(translation);
-    ASSERT_TRUE(outcome->value) << test::shown(outcome->errorDescription());
+    ASSERT_TRUE(outcome->value) << qPrintable(outcome->errorDescription());
     const ExpressionResult result = outcome->value.value_or(ExpressionResult());
     EXPECT_EQ(result.outputText, QStringLiteral("Good morning."));
     EXPECT_EQ(result.sourceText, QStringLiteral("早上好。"));
@@ -69,9 +69,9 @@ TEST_F(ExpressionRunnerTest, theAgentOfAShortcutReachesThePrompt) {
     mode.agentSpec =
         AgentSpecCompiler::compile(mode.name, QStringLiteral("变短"), QStringLiteral("压缩文字"));
     shortcut.mode = mode;
-    const test::LogCapture log;
+    const LogCapture log;
     const auto outcome = run(shortcut);
-    ASSERT_TRUE(outcome->value) << test::shown(outcome->errorDescription());
+    ASSERT_TRUE(outcome->value) << qPrintable(outcome->errorDescription());
     const ExpressionResult result = outcome->value.value_or(ExpressionResult());
     EXPECT_EQ(result.outputText, QStringLiteral("short"));
     EXPECT_TRUE(prompt(0).contains(QStringLiteral("- 名称：简洁")));
@@ -82,7 +82,7 @@ TEST_F(ExpressionRunnerTest, anAnswerIsAskedForAgainWithARaisedLimit) {
     answer(QString());
     answer(QStringLiteral("better"));
     const auto outcome = run(request(ExpressionTrigger::optimize, QStringLiteral("some text to improve")));
-    ASSERT_TRUE(outcome->value) << test::shown(outcome->errorDescription());
+    ASSERT_TRUE(outcome->value) << qPrintable(outcome->errorDescription());
     const ExpressionResult result = outcome->value.value_or(ExpressionResult());
     EXPECT_EQ(result.outputText, QStringLiteral("better"));
     ASSERT_EQ(http.requests.size(), 2U);
@@ -120,7 +120,7 @@ TEST_F(ExpressionRunnerTest, aRunOutlivesItsRunner) {
     const auto outcome = run(request(ExpressionTrigger::optimize, QStringLiteral("some text")));
     EXPECT_FALSE(outcome->finished());
     ASSERT_TRUE(http.release());
-    ASSERT_TRUE(outcome->value) << test::shown(outcome->errorDescription());
+    ASSERT_TRUE(outcome->value) << qPrintable(outcome->errorDescription());
     const ExpressionResult result = outcome->value.value_or(ExpressionResult());
     EXPECT_EQ(result.outputText, QStringLiteral("late answer"));
 }

@@ -1,7 +1,7 @@
 #include "ExternalAccess/ExternalActionFeedback.h"
 #include "Foundation/Error.h"
-#include "LogCapture.h"
 #include "Platform/HttpClient.h"
+#include "support/fake/LogCapture.h"
 
 #include <gtest/gtest.h>
 
@@ -30,8 +30,8 @@ ExternalActionFeedback cardFor(int code, const QString& words = QStringLiteral("
 
 void expectCard(const ExternalActionFeedback& card, const char16_t* detail, const char16_t* suggestion) {
     EXPECT_EQ(card.title, title);
-    EXPECT_EQ(card.detail, QString::fromUtf16(detail)) << test::shown(card.detail);
-    EXPECT_EQ(card.suggestion, QString::fromUtf16(suggestion)) << test::shown(card.suggestion);
+    EXPECT_EQ(card.detail, QString::fromUtf16(detail)) << qPrintable(card.detail);
+    EXPECT_EQ(card.suggestion, QString::fromUtf16(suggestion)) << qPrintable(card.suggestion);
     EXPECT_FALSE(card.copyableText);
     EXPECT_FALSE(card.primaryActionTitle);
 }
@@ -124,7 +124,7 @@ ExternalActionFeedback feedback(const char16_t* heading, const char16_t* detail,
 }
 
 void expectCompact(const ExternalActionFeedback& card, const char16_t* message) {
-    EXPECT_EQ(card.compactMessage(), QString::fromUtf16(message)) << test::shown(card.compactMessage());
+    EXPECT_EQ(card.compactMessage(), QString::fromUtf16(message)) << qPrintable(card.compactMessage());
 }
 
 TEST(CompactMessage, followsItsRulesInOrder) {

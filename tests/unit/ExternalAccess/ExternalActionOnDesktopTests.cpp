@@ -4,8 +4,8 @@
 #include "ExternalAccess/ExternalTextInputReader.h"
 #include "ExternalAccess/WritebackTargetValidator.h"
 #include "Foundation/Json.h"
-#include "LogCapture.h"
 #include "support/fake/FakeDesktop.h"
+#include "support/fake/LogCapture.h"
 
 #include <gtest/gtest.h>
 

@@ -31,7 +31,7 @@ TEST(ExternalActionPipeline, aTranslationIsWrittenBackAndRemembered) {
     const QRegularExpression started(QStringLiteral(
         "^ActionPipeline started: id: ([0-9a-fA-F]{8}) action: translate source: value length: 2$"));
     const auto match = started.match(lines[0]);
-    ASSERT_TRUE(match.hasMatch()) << test::shown(lines[0]);
+    ASSERT_TRUE(match.hasMatch()) << qPrintable(lines[0]);
     const QString id = match.captured(1);
     EXPECT_EQ(lines[1], QStringLiteral("ActionPipeline completed: id: %1 action: translate inputLength: 2 "
                                        "outputLength: 5")

@@ -1,8 +1,8 @@
 #include "ExternalAccess/ExternalTextClipboardFallback.h"
 #include "ExternalAccess/ExternalTextInputReader.h"
 #include "ExternalAccess/ExternalTextWriteback.h"
-#include "LogCapture.h"
 #include "support/fake/FakeDesktop.h"
+#include "support/fake/LogCapture.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,6 @@ namespace veltrin {
 namespace {
 
 using Source = ExternalTextReadResult::Source;
-using test::LogCapture;
 
 /// An application that gives accessibility nothing has the keyboard, and the user has copied something
 /// before.

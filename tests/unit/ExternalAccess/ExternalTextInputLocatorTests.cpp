@@ -1,6 +1,6 @@
 #include "ExternalAccess/ExternalTextInputLocator.h"
-#include "LogCapture.h"
 #include "ScriptedAccessibility.h"
+#include "support/fake/LogCapture.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,6 @@
 namespace veltrin {
 namespace {
 
-using test::LogCapture;
 using test::ScriptedElement;
 
 class LocatorTest : public testing::Test {

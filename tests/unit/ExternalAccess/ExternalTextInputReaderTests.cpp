@@ -1,7 +1,7 @@
 #include "ExternalAccess/ExternalTextInputReader.h"
-#include "LogCapture.h"
 #include "ScriptedAccessibility.h"
 #include "support/fake/FakePreferences.h"
+#include "support/fake/LogCapture.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,6 @@ namespace veltrin {
 namespace {
 
 using Source = ExternalTextReadResult::Source;
-using test::LogCapture;
 using test::ScriptedElement;
 
 class FakeClipboardTextAccess final : public ClipboardTextAccess {

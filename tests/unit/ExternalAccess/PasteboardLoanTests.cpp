@@ -1,13 +1,11 @@
 #include "ExternalAccess/PasteboardLoan.h"
-#include "LogCapture.h"
 #include "support/fake/FakeDesktop.h"
+#include "support/fake/LogCapture.h"
 
 #include <gtest/gtest.h>
 
 namespace veltrin {
 namespace {
-
-using test::LogCapture;
 
 class PasteboardLoanTest : public testing::Test {
 protected:

@@ -1,6 +1,6 @@
 #include "ExternalAccess/PermissionDiagnostics.h"
-#include "LogCapture.h"
 #include "ScriptedAccessibility.h"
+#include "support/fake/LogCapture.h"
 
 #include <gtest/gtest.h>
 
@@ -21,7 +21,7 @@ TEST(PermissionDiagnostics, logsTheRightsAsABlock) {
     test::ScriptedAccessibility accessibility;
     NoTaps taps;
     const PermissionDiagnostics diagnostics(workspace, accessibility, taps);
-    test::LogCapture log;
+    LogCapture log;
     diagnostics.logAll();
     EXPECT_EQ(log.lines(), (QStringList{
                                QStringLiteral("── Permission Diagnostics ──"),
@@ -44,14 +44,14 @@ TEST(PermissionDiagnostics, asksForAccessibilityAndLogsTheAnswer) {
     test::ScriptedAccessibility accessibility;
     accessibility.trusted = false;
     const NoTaps taps;
-    test::LogCapture log;
+    LogCapture log;
     PermissionDiagnostics(workspace, accessibility, taps).promptAccessibilityIfNeeded();
     EXPECT_EQ(accessibility.prompts, 1);
     EXPECT_EQ(log.lines(), QStringList(QStringLiteral("AX positioning permission prompt result: false")));
 }
 
 TEST(PermissionDiagnostics, explainsATapThatCouldNotBeMade) {
-    test::LogCapture log;
+    LogCapture log;
     PermissionDiagnostics::printEventTapFailureHint();
     EXPECT_EQ(
         log.lines(),

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "ExternalAccess/ExternalActionPipeline.h"
-#include "LogCapture.h"
+#include "support/fake/LogCapture.h"
 
 #include <gtest/gtest.h>
 

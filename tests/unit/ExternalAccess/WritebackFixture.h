@@ -2,8 +2,8 @@
 
 #include "ExternalAccess/ExternalTextInputReader.h"
 #include "ExternalAccess/ExternalTextWriteback.h"
-#include "LogCapture.h"
 #include "support/fake/FakeDesktop.h"
+#include "support/fake/LogCapture.h"
 
 #include <gtest/gtest.h>
 

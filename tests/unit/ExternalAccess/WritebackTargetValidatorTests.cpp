@@ -1,7 +1,7 @@
 #include "ExternalAccess/ExternalTextInputReader.h"
 #include "ExternalAccess/WritebackTargetValidator.h"
-#include "LogCapture.h"
 #include "support/fake/FakeDesktop.h"
+#include "support/fake/LogCapture.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,6 @@ namespace veltrin {
 namespace {
 
 using Action = ExternalGestureAIAction;
-using test::LogCapture;
 
 class ValidatorTest : public testing::Test {
 protected:
@@ -256,9 +255,9 @@ TEST_F(ValidatorTest, everyInstructionWordCountsOnEitherSideAndInAnyCase) {
         const QString instruction = QString::fromUtf16(word);
         field.value = instruction + QStringLiteral(" abc");
         EXPECT_FALSE(validator.smartShouldReplaceAll(readSelecting(instruction.size() + 1, 2)))
-            << test::shown(instruction);
+            << qPrintable(instruction);
         field.value = QStringLiteral("abc ") + instruction;
-        EXPECT_FALSE(validator.smartShouldReplaceAll(readSelecting(0, 2))) << test::shown(instruction);
+        EXPECT_FALSE(validator.smartShouldReplaceAll(readSelecting(0, 2))) << qPrintable(instruction);
     }
     field.value = QStringLiteral("hello world, a letter");
     EXPECT_TRUE(validator.smartShouldReplaceAll(readSelecting(6, 5)));
