@@ -42,20 +42,36 @@ void RandomUse::pressKey(qint64 keyCode, quint64 flags) {
     desktop_.keyboard.release(keyCode, flags);
 }
 
-void RandomUse::typeText(const QString& text) {
+/// Whether the choice takes this key from its application.
+bool RandomUse::isTaken(qint64 keyCode) {
+    if (!isChoiceWaiting()) return false;
+    const auto& taps = desktop_.keyEventTaps.taps;
+    return std::any_of(taps.begin(), taps.end(), [keyCode](const auto& tap) {
+        return tap->isRunning() && tap->mayClaim({KeyEventType::keyDown, keyCode, 0, false, 0});
+    });
+}
+
+/// Presses a key that types something, unless the choice takes it.
+void RandomUse::pressTyping(qint64 keyCode, const QString& text, double hold) {
+    const bool taken = isTaken(keyCode);
     const int swallowed = desktop_.keyEventTaps.swallowed;
+    if (!taken && !text.isEmpty()) edit({ExpectedText::Edit::Kind::insert, text, {}});
+    desktop_.keyboard.press(keyCode);
+    if ((desktop_.keyEventTaps.swallowed > swallowed) != taken)
+        fail(QStringLiteral("key %1 went astray").arg(keyCode));
+    desktop_.advance(hold);
+    desktop_.keyboard.release(keyCode);
+}
+
+void RandomUse::typeText(const QString& text) {
+    const auto key = text.size() == 1 ? fakeKeyOf(text.front()) : std::nullopt;
+    if (key && key->flags == 0) return pressTyping(key->keyCode, text, 0);
+    edit({ExpectedText::Edit::Kind::insert, text, {}});
     desktop_.keyboard.type(text);
-    // The choice takes its keys, and nobody else takes any.
-    if (desktop_.keyEventTaps.swallowed == swallowed) edit({ExpectedText::Edit::Kind::insert, text, {}});
 }
 
 void RandomUse::tapSpace(double hold) {
-    const int swallowed = desktop_.keyEventTaps.swallowed;
-    desktop_.keyboard.press(KeyCode::space);
-    if (desktop_.keyEventTaps.swallowed == swallowed)
-        edit({ExpectedText::Edit::Kind::insert, QStringLiteral(" "), {}});
-    desktop_.advance(hold);
-    desktop_.keyboard.release(KeyCode::space);
+    pressTyping(KeyCode::space, QStringLiteral(" "), hold);
 }
 
 QString RandomUse::typeCharacter() {
@@ -204,14 +220,10 @@ QString RandomUse::pressChoiceKey() {
     static constexpr qint64 keys[] = {KeyCode::one,   KeyCode::two,   KeyCode::three,     KeyCode::four,
                                       KeyCode::space, KeyCode::slash, KeyCode::returnKey, KeyCode::escape};
     const qint64 key = keys[below(static_cast<int>(std::size(keys)))];
-    const bool taken = isChoiceWaiting() && veltrin_.delegate().engine().isRunning();
+    const bool taken = isTaken(key);
     if (!taken && key == KeyCode::returnKey) return QStringLiteral("(no line break)");
-    const int swallowed = desktop_.keyEventTaps.swallowed;
-    pressKey(key);
-    const bool isSwallowed = desktop_.keyEventTaps.swallowed > swallowed;
-    if (isSwallowed != taken) fail(QStringLiteral("key %1 went astray").arg(key));
     const QChar typed = fakeCharacterOf(key, 0);
-    if (!isSwallowed && !typed.isNull()) edit({ExpectedText::Edit::Kind::insert, typed, {}});
+    pressTyping(key, typed.isNull() ? QString() : QString(typed), 0);
     desktop_.advance(seconds(0, 0.8));
     return QStringLiteral("presses key %1 of the choice%2")
         .arg(key)

@@ -12,6 +12,7 @@ namespace {
 
 constexpr std::size_t storyLength = 40;
 constexpr std::size_t logTail = 60;
+constexpr std::ptrdiff_t offersShown = 40;
 /// While a paste is under way another one finds the first's text on the pasteboard.
 constexpr double restoreDelay = 0.85;
 /// Seconds that a gesture or a write may take with everything hung that can hang, or with three copies in
@@ -211,7 +212,7 @@ bool RandomUse::settle() {
     if (!failure_.isEmpty()) return false;
     for (const auto& application : desktop_.workspace.applications)
         application->resume();
-    desktop_.advance(0.1);
+    desktop_.advance(0.6);  // for the taps of the latest step to come to something
     if (isChoiceWaiting()) {
         veltrin_.settings().spaceGesturesEnabled.set(true);
         desktop_.runLoop.runDue();
@@ -276,6 +277,11 @@ bool RandomUse::isCopyOfTheProgram(const FakePasteboard::Offer& offer) const {
            offer.application == copyPostedTo_;
 }
 
+bool RandomUse::isGivenBackByARead(const FakePasteboard::Offer& offer) const {
+    return offer.text == lastTemporaryText_ && copyPostedAt_ > lastTemporaryOffer_ &&
+           copyPostedAt_ <= offer.since;
+}
+
 void RandomUse::checkPasteboardOffers() {
     const auto& history = desktop_.pasteboard.history();
     // A restore comes late when the program was blocked at its time.
@@ -297,6 +303,10 @@ void RandomUse::checkPasteboardOffers() {
         } else if (offer->text && offer->content == PasteboardContent::temporary) {
             if (offer->since - lastTemporaryOffer_ <= restored) clipboardMayBeLost_ = true;
             lastTemporaryOffer_ = offer->since;
+            lastTemporaryText_ = *offer->text;
+        } else if (isResult(offer->text) && isGivenBackByARead(*offer)) {
+            // Taken for the user's by a read that came before the restore, which comes after it.
+            clipboardMayBeLost_ = true;
         } else if (isResult(offer->text) && offer->text != users_) {
             users_ = offer->text;
             handed_ << *offer->text;
@@ -469,6 +479,17 @@ QString RandomUse::failure() const {
         for (const FakeTextField* target : run.targets)
             text += QStringLiteral(" field %1").arg(target ? target->id : 0);
         text += u'\n';
+    }
+    text += QStringLiteral("pasteboard:\n");
+    const auto& offers = desktop_.pasteboard.history();
+    for (auto offer = offers.end() - std::min<std::ptrdiff_t>(offersShown, std::ssize(offers));
+         offer != offers.end(); ++offer) {
+        text += QStringLiteral("  %1 %2 by %3%4\n")
+                    .arg(offer->since, 0, 'f', 3)
+                    .arg(shown(offer->text))
+                    .arg(static_cast<int>(offer->owner))
+                    .arg(offer->content == PasteboardContent::temporary ? QStringLiteral(" for a moment")
+                                                                        : QString());
     }
     return text + QStringLiteral("events:\n  ") +
            events.mid(std::max<qsizetype>(0, events.size() - static_cast<qsizetype>(logTail)))

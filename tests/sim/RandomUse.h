@@ -126,9 +126,12 @@ private:
     QString wait();
 
     void keyPosted(const FakeKeyPoster::Record& record);
+    bool isGivenBackByARead(const FakePasteboard::Offer& offer) const;
     bool isCopyOfTheProgram(const FakePasteboard::Offer& offer) const;
     void pressKey(qint64 keyCode, quint64 flags = 0);
     void typeText(const QString& text);
+    bool isTaken(qint64 keyCode);
+    void pressTyping(qint64 keyCode, const QString& text, double hold);
     void tapSpace(double hold);
     bool isChoiceWaiting();
     void edit(ExpectedText::Edit edit);
@@ -172,6 +175,7 @@ private:
     bool clipboardMayBeLost_ = false;
     qint64 seenChanges_ = 0;
     double lastTemporaryOffer_ = -1000;
+    QString lastTemporaryText_;
     double emptiedAt_ = -1000;  ///< when the program emptied the pasteboard for a copy
     bool isEmptied_ = false;    ///< and put nothing there since
     double copyPostedAt_ = -1000;
