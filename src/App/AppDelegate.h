@@ -14,7 +14,6 @@
 #include "ExternalAccess/ExternalTextInputLocator.h"
 #include "ExternalAccess/ExternalTextInputReader.h"
 #include "ExternalAccess/ExternalTextWriteback.h"
-#include "ExternalAccess/InteractionSounds.h"
 #include "ExternalAccess/PermissionDiagnostics.h"
 #include "ExternalAccess/WritebackTargetValidator.h"
 #include "Foundation/Lifetime.h"
@@ -32,6 +31,7 @@ class AgentTeamManager;
 class AppSettings;
 struct DataStore;
 class ExpressionMemoryStore;
+class InteractionSoundPlayer;
 class ModelTasks;
 class OllamaClient;
 class UserBehaviorTracker;
@@ -51,9 +51,9 @@ public:
         DataStore& data;
         ModelTasks& tasks;
         AgentTeamManager& agents;
-        /// What the program may lack: its main window, its sounds, its account.
+        InteractionSoundPlayer& sounds;
+        /// What the program may lack: its main window and its account.
         std::function<void()> presentMainWindow{};
-        InteractionSounds sounds{};
         AuthLinks::Account account{};
     };
 

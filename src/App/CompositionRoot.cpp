@@ -13,8 +13,10 @@
 #include "Platform/Linux/DesktopEntries.h"
 #include "Platform/Linux/FieldInspector.h"
 #include "Platform/Linux/FilePreferences.h"
+#include "Platform/Linux/LinuxDesktopAppearance.h"
 #include "Platform/Linux/LinuxProcessControl.h"
 #include "Platform/Linux/LinuxSystemEnvironment.h"
+#include "Platform/Linux/Pulse/PulseSoundOutput.h"
 #include "Platform/Linux/QtHttpClient.h"
 #include "Platform/Linux/QtRunLoop.h"
 #include "Platform/Linux/SingleInstance.h"
@@ -27,6 +29,9 @@
 #include "Platform/Linux/X11TopLevelWindows.h"
 #include "Session/UserBehaviorTracker.h"
 #include "Session/WorkSessionManager.h"
+#include "System/InteractionSoundPlayer.h"
+#include "UI/Design/LookSource.h"
+#include "UI/Design/VtLook.h"
 #include "UI/Overlays/QuickFloatingPanels.h"
 #include "UI/Tray/TrayItem.h"
 
@@ -77,11 +82,14 @@ struct CompositionRoot::Objects {
                             [this](quint64 window) { pasteboard.pastePosted(window); }}};
     FilePreferences preferences{preferencesPath()};
     QtHttpClient httpClient;
-    LinuxSystemEnvironment environment;
+    LinuxDesktopAppearance appearance;
+    LinuxSystemEnvironment environment{appearance};
     LinuxProcessControl processControl{[this] { terminate(); }, [this] { instance.release(); }};
     NotificationCenter notifications;
     AppSettings settings{preferences, notifications, environment};
-    QuickFloatingPanels floatingPanels{screens, [this] { return usesDarkPopups(); }};
+    VtLook look{nullptr};
+    LookSource lookSource{look, settings, appearance};
+    QuickFloatingPanels floatingPanels{screens, look};
     OllamaClient client{httpClient, settings};
     AgentTeamManager agents{appSupportDir(environment), preferences, runLoop};
     ExpressionMemoryStore expressionMemory{preferences};
@@ -89,25 +97,14 @@ struct CompositionRoot::Objects {
     ModelTasks tasks{client, settings, runLoop, taskMaterial(agents, data.dictionary, data.history)};
     WorkSessionManager workSession{runLoop, preferences, workspace, notifications};
     UserBehaviorTracker behaviors{appSupportDir(environment), runLoop};
+    PulseSoundOutput soundOutput;
+    InteractionSoundPlayer sounds{runLoop, soundOutput, settings};
     AppDelegate delegate{
         Desktop{runLoop, keyEventTaps, keyPoster, accessibility, pasteboard, workspace, screens, preferences,
                 httpClient, floatingPanels, processControl, environment},
-        AppDelegate::Shared{settings, notifications, client, expressionMemory, behaviors, data, tasks,
-                            agents}};
-
+        AppDelegate::Shared{settings, notifications, client, expressionMemory, behaviors, data, tasks, agents,
+                            sounds}};
     TrayItem tray{{nullptr, [this] { terminate(); }}};
-
-    bool usesDarkPopups() const {
-        switch (settings.popupAppearance()) {
-            case PopupAppearance::light:
-                return false;
-            case PopupAppearance::invertedBlack:
-                return true;
-            case PopupAppearance::automatic:
-                break;
-        }
-        return environment.effectiveAppearanceIsDark();
-    }
 };
 
 CompositionRoot::CompositionRoot(QApplication& application, SingleInstance& instance)
@@ -118,6 +115,7 @@ CompositionRoot::~CompositionRoot() = default;
 
 void CompositionRoot::launch() {
     objects_->delegate.applicationDidFinishLaunching();
+    objects_->floatingPanels.prepare();
     objects_->tray.show();
 }
 

@@ -13,6 +13,7 @@
 #include "Gesture/SpaceGestureEngine.h"
 #include "Platform/RunLoop.h"
 #include "Session/UserBehaviorTracker.h"
+#include "System/InteractionSoundPlayer.h"
 
 #include <utility>
 
@@ -101,6 +102,10 @@ ExternalActionPipeline::Dependencies ExternalActionHandler::dependencies() {
     to.recordMemoryEvent = lifetime_.bind([this](const ExpressionResult& result, bool writebackSucceeded) {
         recordMemoryEvent(result, writebackSucceeded);
     });
+    using Channel = InteractionSoundChannel;
+    to.startThinking = [&sounds = parts_.sounds](Channel channel) { sounds.startThinking(channel); };
+    to.playCompletion = [&sounds = parts_.sounds](Channel channel) { sounds.playCompletion(channel); };
+    to.playCancel = [&sounds = parts_.sounds](Channel channel) { sounds.playCancel(channel); };
     // The client and the tracker outlive this object, and with it every run.
     to.recommendCommands = [client = parts_.client, &tracker = parts_.behaviors](
                                const QString& context, const ExternalAppContext& application) {
@@ -109,9 +114,6 @@ ExternalActionPipeline::Dependencies ExternalActionHandler::dependencies() {
     to.recordCommandUsed = lifetime_.bind([this](const CommandRecommendation& shown, const QString& appName) {
         parts_.behaviors.record(BehaviorType::commandUsed, shown.command, appName, shown.category, true);
     });
-    to.startThinking = parts_.sounds.startThinking;
-    to.playCompletion = parts_.sounds.playCompletion;
-    to.playCancel = parts_.sounds.playCancel;
     return to;
 }
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "ExternalAccess/ExternalActionPipeline.h"
-#include "ExternalAccess/InteractionSounds.h"
 #include "Foundation/Lifetime.h"
 
 #include <QCoro/QCoroTask>
@@ -12,6 +11,7 @@ class AppSettings;
 class Accessibility;
 class ExpressionMemoryStore;
 class ExpressionRunner;
+class InteractionSoundPlayer;
 class MVPDebugPanel;
 class ModelTasks;
 class OllamaClient;
@@ -37,7 +37,7 @@ public:
         UserBehaviorTracker& behaviors;
         OllamaClient& client;
         ModelTasks& tasks;
-        InteractionSounds sounds{};
+        InteractionSoundPlayer& sounds;  ///< outlives every run
     };
 
     explicit ExternalActionHandler(const Parts& parts) : parts_(parts) {}

@@ -6,9 +6,9 @@
 #include "Data/MemoryActionStore.h"
 #include "Debug/MVPDebugPanel.h"
 #include "ExternalAccess/ExternalTextInputLocator.h"
-#include "ExternalAccess/InteractionSounds.h"
 #include "Foundation/MVPLog.h"
 #include "Gesture/SpaceGestureEngine.h"
+#include "System/InteractionSoundPlayer.h"
 
 #include <algorithm>
 #include <utility>
@@ -49,10 +49,6 @@ const MemoryActionPreset* actionOf(const std::vector<MemoryActionPreset>& action
     return slot >= 1 && position < actions.size() ? &actions[position] : nullptr;
 }
 
-void play(const std::function<void(InteractionSoundChannel)>& sound) {
-    if (sound) sound(InteractionSoundChannel::optimize);
-}
-
 }  // namespace
 
 void OptimizeInteraction::showOptimizeChoicePanel() {
@@ -62,7 +58,7 @@ void OptimizeInteraction::showOptimizeChoicePanel() {
         PendingOptimizeSession{anchor, parts_.memoryActions.quickActions(), ++lastNumber_};
     // Before the panel is made, so that the key of a user who knows it by heart is not typed.
     parts_.engine.setInteractionKeys(claimableKeys());
-    play(parts_.sounds.playPopup);
+    parts_.sounds.playPopup(InteractionSoundChannel::optimize);
     showPanel();
     if (isWaiting() && anchor) startOptimizeAnchorTracking(anchorInterval);
 }
@@ -140,7 +136,7 @@ void OptimizeInteraction::beginCommandRecommend() {
 void OptimizeInteraction::cancel() {
     MVPLog::write("Optimize panel dismissed by Escape");
     forget();
-    play(parts_.sounds.playCancel);
+    parts_.sounds.playCancel(InteractionSoundChannel::optimize);
     parts_.panel.dismissPanel();
 }
 

@@ -17,10 +17,10 @@ class AgentTeamManager;
 class AppSettings;
 class ChosenAction;
 class ExternalTextInputLocator;
+class InteractionSoundPlayer;
 class MVPDebugPanel;
 class MemoryActionStore;
 class SpaceGestureEngine;
-struct InteractionSounds;
 
 /// The choice beside the caret: opened by a double tap or the optimise shortcut, it waits for one key or one
 /// click. Only the keys of the choice may be claimed meanwhile, everything else goes to the application; the
@@ -36,7 +36,7 @@ public:
         AgentTeamManager& agents;
         const AppSettings& settings;
         ChosenAction& chosen;
-        const InteractionSounds& sounds;
+        InteractionSoundPlayer& sounds;
     };
 
     explicit OptimizeInteraction(const Parts& parts) : parts_(parts) {}

@@ -1,4 +1,5 @@
 #include "App/CompositionRoot.h"
+#include "App/GalleryMode.h"
 #include "Foundation/MVPLog.h"
 #include "Platform/Linux/SingleInstance.h"
 #include "Platform/Linux/TerminationSignals.h"
@@ -58,9 +59,12 @@ int run(QApplication& application) {
     parser.addOption(logFile);
     parser.addPositionalArgument(QStringLiteral("urls"), QStringLiteral("Addresses to open, veltrin://…"),
                                  QStringLiteral("[urls...]"));
+    GalleryMode::addOptions(parser);
     parser.process(application);
     const QStringList urls = parser.positionalArguments();
     if (parser.isSet(logFile)) MVPLog::setLogURL(parser.value(logFile));
+
+    if (GalleryMode::isWanted(parser)) return GalleryMode::run(parser);
 
     SingleInstance instance(QStringLiteral("com.veltrin.app"));
     switch (instance.acquire(0)) {

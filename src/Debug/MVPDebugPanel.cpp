@@ -57,12 +57,19 @@ void MVPDebugPanel::onMainThread(const Operation& operation) {
 void MVPDebugPanel::showPanel(const QString& text, std::optional<QRectF> anchorRect,
                               std::optional<double> autoDismiss) {
     onMainThread([this, text, anchorRect, autoDismiss] {
-        logRequest("UI showPanel requested:", text, anchorRect);
-        if (!replace(panel_, {PanelKind::text, textPanelSize, false, text})) return;
-        // In the middle of the main screen whatever the anchor: meant so.
-        positionCentered(panel_);
-        animateIn(panel_, autoDismiss);
+        showMessage(text, anchorRect, autoDismiss, PanelTone::plain);
     });
+}
+
+void MVPDebugPanel::showMessage(const QString& text, std::optional<QRectF> anchorRect,
+                                std::optional<double> autoDismiss, PanelTone tone) {
+    logRequest("UI showPanel requested:", text, anchorRect);
+    PanelSpec spec{PanelKind::text, textPanelSize, false, text};
+    spec.tone = tone;
+    if (!replace(panel_, spec)) return;
+    // In the middle of the main screen whatever the anchor: meant so.
+    positionCentered(panel_);
+    animateIn(panel_, autoDismiss);
 }
 
 void MVPDebugPanel::showFailureCard(const QString& title, const QString& detail, const QString& suggestion,
@@ -72,7 +79,7 @@ void MVPDebugPanel::showFailureCard(const QString& title, const QString& detail,
     const ExternalActionFeedback feedback{title, detail, suggestion, copyableText, primaryActionTitle};
     onMainThread([this, message = feedback.compactMessage(), anchorRect] {
         logRequest("UI showFailureCard requested:", message, anchorRect);
-        showPanel(message, anchorRect, failureCardDuration);
+        showMessage(message, anchorRect, failureCardDuration, PanelTone::failure);
     });
 }
 
@@ -81,16 +88,19 @@ void MVPDebugPanel::showCopiedResult(const QString& text, const QString& label,
     onMainThread([this, text, label, autoDismiss] {
         if (text.isEmpty()) {
             MVPLog::write("UI showCopiedResult requested: empty generated text");
-            showPanel(QStringLiteral("没有生成结果\n请重试或切换模型"), std::nullopt, autoDismiss);
+            showMessage(QStringLiteral("没有生成结果\n请重试或切换模型"), std::nullopt, autoDismiss,
+                        PanelTone::failure);
             return;
         }
         logRequest("UI showCopiedResult requested:", text, std::nullopt);
         pasteboard_.clearContents();
         if (!pasteboard_.setString(text, PasteboardContent::lasting)) {
-            showPanel(QStringLiteral("复制失败\n请手动复制结果"), std::nullopt, autoDismiss);
+            showMessage(QStringLiteral("复制失败\n请手动复制结果"), std::nullopt, autoDismiss,
+                        PanelTone::failure);
             return;
         }
-        showPanel(ExternalActionFeedback::copiedResultMessage(text, label), std::nullopt, autoDismiss);
+        showMessage(ExternalActionFeedback::copiedResultMessage(text, label), std::nullopt, autoDismiss,
+                    PanelTone::success);
         MVPLog::write("UI copied result panel shown:", "length:", Characters::count(text));
     });
 }

@@ -72,6 +72,8 @@ private:
     template <typename Operation>
     void onMainThread(const Operation& operation);
 
+    void showMessage(const QString& text, std::optional<QRectF> anchorRect, std::optional<double> autoDismiss,
+                     PanelTone tone);
     /// Puts a new panel in the slot, not yet shown; false when the desktop offers none.
     bool replace(Slot& slot, const PanelSpec& spec);
     void animateIn(Slot& slot, std::optional<double> autoDismiss);

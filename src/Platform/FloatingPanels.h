@@ -13,6 +13,9 @@ namespace veltrin {
 /// What a floating panel shows.
 enum class PanelKind { text, statusPill, choice };
 
+/// How what a message tells went; it colours the message's mark.
+enum class PanelTone { plain, success, failure };
+
 /// One row of a choice. Its texts come from the user's own files and may be of any length.
 struct ChoiceRow {
     int slot = 1;      ///< the number it shows; choosing it gives this
@@ -40,6 +43,7 @@ struct PanelSpec {
     QString text;                                  ///< of a choice: its title
     ChoiceContent choice{};                        ///< of a choice only
     std::function<void(int slot)> onSelectSlot{};  ///< a row was clicked; the panel may be destroyed in it
+    PanelTone tone = PanelTone::plain;             ///< of a message only
 };
 
 /// A panel that floats above every window on every desktop and never takes the keyboard focus. Coordinates

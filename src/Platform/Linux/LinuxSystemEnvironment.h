@@ -2,30 +2,21 @@
 
 #include "Platform/SystemEnvironment.h"
 
-#include <QObject>
-
-#include <optional>
-
-class QDBusVariant;
-
 namespace veltrin {
 
-/// The user's languages from the locale, and the desktop's light or dark look from the settings portal. The
-/// look is asked for without waiting; until the portal answers, and where there is none, it is light.
-class LinuxSystemEnvironment final : public QObject, public SystemEnvironment {
-    Q_OBJECT
+class DesktopAppearance;
+
+/// The user's languages from the locale, folders from the freedesktop variables, the look from the desktop.
+class LinuxSystemEnvironment final : public SystemEnvironment {
 public:
-    LinuxSystemEnvironment();
+    explicit LinuxSystemEnvironment(const DesktopAppearance& appearance) : appearance_(appearance) {}
 
     QStringList preferredLanguages() const override;
-    bool effectiveAppearanceIsDark() const override { return dark_; }
+    bool effectiveAppearanceIsDark() const override;
     QString applicationSupportDirectory() const override;
 
-private Q_SLOTS:
-    void onSettingChanged(const QString& group, const QString& key, const QDBusVariant& value);
-
 private:
-    bool dark_ = false;
+    const DesktopAppearance& appearance_;
 };
 
 }  // namespace veltrin

@@ -17,9 +17,10 @@ void VtSurface::paint(QPainter* painter) {
     painter->drawRoundedRect(card, radius_, radius_);
     if (stroke_.alpha() == 0) return;
     // On top of the fill, so that a translucent stroke tints the card and not what lies behind it.
-    painter->setPen(QPen(stroke_, 1));
+    const double half = strokeWidth_ / 2;
+    painter->setPen(QPen(stroke_, strokeWidth_));
     painter->setBrush(Qt::NoBrush);
-    painter->drawRoundedRect(card.adjusted(0.5, 0.5, -0.5, -0.5), radius_ - 0.5, radius_ - 0.5);
+    painter->drawRoundedRect(card.adjusted(half, half, -half, -half), radius_ - half, radius_ - half);
 }
 
 }  // namespace veltrin

@@ -11,6 +11,7 @@ class VtSurface : public QQuickPaintedItem {
     Q_OBJECT
     Q_PROPERTY(QColor color MEMBER color_ NOTIFY lookChanged)
     Q_PROPERTY(QColor stroke MEMBER stroke_ NOTIFY lookChanged)
+    Q_PROPERTY(qreal strokeWidth MEMBER strokeWidth_ NOTIFY lookChanged)
     Q_PROPERTY(qreal radius MEMBER radius_ NOTIFY lookChanged)
     QML_ELEMENT
 public:
@@ -23,6 +24,7 @@ Q_SIGNALS:
 private:
     QColor color_ = Qt::white;
     QColor stroke_ = Qt::transparent;
+    qreal strokeWidth_ = 1;
     qreal radius_ = 16;
 };
 

@@ -1,88 +1,97 @@
+pragma ComponentBehavior: Bound
 import QtQuick
 import Veltrin
 
-/// The choice beside the caret: one row for each agent slot, then the preset actions. A click gives a row's number.
+/// The choice beside the caret: a row for each agent's slot, then the actions, all under the numbers of their keys. It
+/// never has the keyboard; the numbers are read elsewhere, and a click chooses like a key.
 PanelCard {
     id: bubble
 
+    property string presetMark
+    /// Rows as { slot, title, detail, symbol, colorHex, isVacant }.
     property var agents: []
     property var presets: []
-    property string presetMark
-
-    signal slotChosen(int slot)
+    signal slotChosen(slot: int)
 
     Accessible.role: Accessible.PopupMenu
 
     Column {
-        anchors { fill: parent; margins: 3 * VtTheme.space }
+        id: column
+        anchors { fill: parent; leftMargin: 10; rightMargin: 10; topMargin: 11; bottomMargin: 9 }
 
-        Text {
-            width: parent.width
-            height: 24
-            text: bubble.text
-            textFormat: Text.PlainText
-            color: bubble.colors.text
-            font { family: VtTheme.family; pixelSize: VtTheme.sizeTitle; weight: Font.DemiBold }
+        PopupTitleBar {
+            x: 6
+            width: parent.width - 12
+            title: bubble.text
+            systemName: "wand.and.stars"
+            detail: L.t("Esc 关闭", "Esc closes")
+            theme: bubble.theme
         }
+        Item { width: 1; height: 5 }
         Repeater {
-            model: bubble.agents.concat(bubble.presets)
+            // By count, so that the rows stay when the panel comes again with other words.
+            model: bubble.agents.length
 
-            Item {
-                id: row
-
-                required property var modelData
+            ChoiceRow {
                 required property int index
-                readonly property string mark: index < bubble.agents.length ? "" : bubble.presetMark + " "
+                readonly property var entry: bubble.agents[index] ?? {}
 
-                width: parent.width
-                height: 24
-                Accessible.role: Accessible.MenuItem
-                Accessible.name: mark + modelData.title
-                Accessible.description: modelData.detail
-                Accessible.onPressAction: bubble.slotChosen(modelData.slot)
+                width: column.width
+                height: 30
+                theme: bubble.theme
+                slotNumber: Number.isInteger(entry.slot) ? entry.slot : index + 1
+                title: entry.title ?? ""
+                detail: entry.detail ?? ""
+                symbol: entry.symbol ?? ""
+                colorHex: entry.colorHex ?? ""
+                vacant: entry.isVacant ?? false
+                preferred: slotNumber === 1
+                onClicked: bubble.slotChosen(slotNumber)
+            }
+        }
+        Item {
+            visible: bubble.presets.length > 0
+            width: column.width
+            height: 22
 
-                Text {
-                    id: number
-                    anchors.verticalCenter: parent.verticalCenter
-                    width: 5 * VtTheme.space
-                    text: row.modelData.slot
-                    color: bubble.colors.secondary
-                    font { family: VtTheme.family; pixelSize: VtTheme.sizeSmall }
-                }
-                VtSurface {
-                    id: dot
-                    anchors { left: number.right; verticalCenter: parent.verticalCenter }
-                    width: 8
-                    height: 8
-                    radius: 4
-                    color: row.modelData.color
-                }
-                Text {
-                    id: title
-                    anchors { left: dot.right; leftMargin: 2 * VtTheme.space; verticalCenter: parent.verticalCenter }
-                    width: Math.min(implicitWidth, parent.width - x)
-                    text: row.mark + row.modelData.title
-                    textFormat: Text.PlainText
-                    color: row.modelData.vacant ? bubble.colors.secondary : bubble.colors.text
-                    font { family: VtTheme.family; pixelSize: VtTheme.sizeBody }
-                    elide: Text.ElideRight
-                    maximumLineCount: 1
-                }
-                Text {
-                    anchors {
-                        left: title.right; leftMargin: 2 * VtTheme.space
-                        right: parent.right; verticalCenter: parent.verticalCenter
-                    }
-                    text: row.modelData.detail
-                    textFormat: Text.PlainText
-                    color: bubble.colors.secondary
-                    font { family: VtTheme.family; pixelSize: VtTheme.sizeCaption }
-                    elide: Text.ElideRight
-                    maximumLineCount: 1
-                }
-                MouseArea {
-                    anchors.fill: parent
-                    onClicked: bubble.slotChosen(row.modelData.slot)
+            VtText {
+                id: mark
+                x: 6
+                anchors.verticalCenter: parent.verticalCenter
+                text: bubble.presetMark
+                theme: bubble.theme
+                size: VtTheme.sizeCaption
+                weight: VtTheme.weightMedium
+                tone: VtText.Muted
+            }
+            VtDivider {
+                anchors { left: mark.right; leftMargin: VtTheme.gap; right: parent.right; rightMargin: 6; verticalCenter: parent.verticalCenter }
+                theme: bubble.theme
+                Accessible.ignored: true
+            }
+        }
+        Grid {
+            width: column.width
+            columns: 2
+            columnSpacing: 4
+
+            Repeater {
+                model: bubble.presets.length
+
+                ChoiceRow {
+                    required property int index
+                    readonly property var entry: bubble.presets[index] ?? {}
+
+                    width: (column.width - 4) / 2
+                    theme: bubble.theme
+                    slotNumber: Number.isInteger(entry.slot) ? entry.slot : index + 1
+                    title: entry.title ?? ""
+                    mark: bubble.presetMark
+                    tightness: 3
+                    explanation: entry.detail ?? ""
+                    symbol: entry.symbol ?? ""
+                    colorHex: entry.colorHex ?? ""
+                    onClicked: bubble.slotChosen(slotNumber)
                 }
             }
         }

@@ -1,34 +1,22 @@
 #include "UI/Overlays/OverlayWindow.h"
 
-#include <QGuiApplication>
+#include "UI/Overlays/XDisplay.h"
+
 #include <QPainterPath>
-#include <QPropertyAnimation>
 #include <QQuickItem>
 #include <QRegion>
+#include <QScreen>
 
 #include <xcb/shape.h>
-#include <xcb/xcb.h>
 
 #include <cmath>
-#include <cstdlib>
-#include <memory>
+#include <utility>
 
 namespace veltrin {
 namespace {
 
 constexpr int cornerRadius = 16;  // VtTheme.radiusPopup
-
-xcb_connection_t* xConnection() {
-    auto* native = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    return native ? native->connection() : nullptr;
-}
-
-template <typename T>
-struct Free {
-    void operator()(T* reply) const { std::free(reply); }
-};
-template <typename T>
-using Reply = std::unique_ptr<T, Free<T>>;
+constexpr int roomOfShadow = 24;
 
 QRegion roundedRegion(QSize size) {
     QPainterPath path;
@@ -39,19 +27,16 @@ QRegion roundedRegion(QSize size) {
 }  // namespace
 
 bool isCompositorRunning() {
-    xcb_connection_t* connection = xConnection();
+    xcb_connection_t* connection = windowsConnection();
     if (connection == nullptr) return false;
-    static const char name[] = "_NET_WM_CM_S0";
-    const Reply<xcb_intern_atom_reply_t> atom(
-        xcb_intern_atom_reply(connection, xcb_intern_atom(connection, 0, sizeof(name) - 1, name), nullptr));
-    if (!atom) return false;
-    const Reply<xcb_get_selection_owner_reply_t> owner(
-        xcb_get_selection_owner_reply(connection, xcb_get_selection_owner(connection, atom->atom), nullptr));
+    static const xcb_atom_t manager = atomNamed("_NET_WM_CM_S0");
+    const XReplyOf<xcb_get_selection_owner_reply_t> owner(
+        xcb_get_selection_owner_reply(connection, xcb_get_selection_owner(connection, manager), nullptr));
     return owner && owner->owner != XCB_WINDOW_NONE;
 }
 
 OverlayWindow::OverlayWindow(QQuickItem* card, QSize size, bool takesMouseEvents)
-    : card_(card), takesMouseEvents_(takesMouseEvents) {
+    : card_(card), takesMouseEvents_(takesMouseEvents), cardSize_(size) {
     Qt::WindowFlags flags = Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
                             Qt::WindowDoesNotAcceptFocus | Qt::NoDropShadowWindowHint |
                             Qt::X11BypassWindowManagerHint;
@@ -62,52 +47,123 @@ OverlayWindow::OverlayWindow(QQuickItem* card, QSize size, bool takesMouseEvents
     card_->setParent(contentItem());
     card_->setParentItem(contentItem());
     card_->setSize(size);
-}
+    if (card_->metaObject()->indexOfSignal("slotChosen(int)") >= 0)
+        connect(card_, SIGNAL(slotChosen(int)), this, SIGNAL(slotChosen(int)));
 
-void OverlayWindow::adaptToCompositor() {
-    const bool blended = isCompositorRunning();
-    card_->setProperty("translucent", blended);
-    // Where nothing blends, the card's smooth corners must not fade into black.
-    setColor(blended ? QColor(Qt::transparent) : card_->property("surfaceColor").value<QColor>());
-    setMask(blended ? QRegion() : roundedRegion(size()));
-    if (takesMouseEvents_) return;
-    // A mask replaces the empty input shape that lets clicks through, so it is set again.
-    if (xcb_connection_t* connection = xConnection()) {
-        xcb_shape_rectangles(connection, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_INPUT, XCB_CLIP_ORDERING_UNSORTED,
-                             static_cast<xcb_window_t>(winId()), 0, 0, 0, nullptr);
-    }
-}
-
-void OverlayWindow::animate(QObject* target, const char* property, double from, double to, double seconds) {
-    auto* animation = new QPropertyAnimation(target, property, this);
-    animation->setStartValue(from);
-    animation->setEndValue(to);
-    animation->setDuration(static_cast<int>(std::lround(seconds * 1000)));
-    animation->setEasingCurve(QEasingCurve::OutCubic);
-    animation->start(QAbstractAnimation::DeleteWhenStopped);
-}
-
-void OverlayWindow::animateIn(double scale, double seconds) {
-    create();
-    adaptToCompositor();
-    setOpacity(0);
-    card_->setScale(scale);
-    show();
-    raise();
-    if (xcb_connection_t* connection = xConnection()) xcb_flush(connection);
-    animate(this, "opacity", 0, 1, seconds);
-    animate(card_, "scale", scale, 1, seconds);
-}
-
-void OverlayWindow::animateOut(double seconds, std::function<void()> completion) {
-    auto* fade = new QPropertyAnimation(this, "opacity", this);
-    fade->setEndValue(0.0);
-    fade->setDuration(static_cast<int>(std::lround(seconds * 1000)));
-    connect(fade, &QPropertyAnimation::finished, this, [this, completion = std::move(completion)] {
+    motion_.setEasingCurve(QEasingCurve::OutCubic);
+    connect(&motion_, &QVariantAnimation::valueChanged, this, [this](const QVariant& value) {
+        const double shown = value.toDouble();
+        setOpacity(blended_ ? shown : 1);
+        card_->setScale(fromScale_ + (1 - fromScale_) * shown);
+    });
+    connect(&motion_, &QVariantAnimation::finished, this, [this] {
+        const auto completion = std::exchange(completion_, nullptr);
+        if (!completion) return;
         hide();
         completion();
     });
-    fade->start(QAbstractAnimation::DeleteWhenStopped);
+}
+
+void OverlayWindow::setContent(const QVariantMap& properties) {
+    for (auto property = properties.cbegin(); property != properties.cend(); ++property)
+        card_->setProperty(property.key().toLatin1().constData(), property.value());
+}
+
+void OverlayWindow::setCardSize(QSize size) {
+    if (size == cardSize_) return;
+    cardSize_ = size;
+    applyShadowRoom(shadowRoom_);
+}
+
+void OverlayWindow::setCardPosition(QPoint position) {
+    position_ = position;
+    place();
+}
+
+QRect OverlayWindow::cardGeometry() const {
+    return {position_, cardSize_ * devicePixelRatio()};
+}
+
+void OverlayWindow::place() {
+    // Screens keep the corner of their native geometry; what is inside them is scaled.
+    const QPoint native = position_ - QPoint(shadowRoom_, shadowRoom_) * devicePixelRatio();
+    const QPoint corner = screen() != nullptr ? screen()->geometry().topLeft() : QPoint();
+    setPosition(corner + (native - corner) / devicePixelRatio());
+}
+
+void OverlayWindow::adaptToCompositor() {
+    blended_ = isCompositorRunning();
+    card_->setProperty("translucent", blended_);
+    // Where nothing blends, the card's smooth corners must not fade into black.
+    setColor(blended_ ? QColor(Qt::transparent) : card_->property("surfaceColor").value<QColor>());
+    applyShadowRoom(blended_ ? roomOfShadow : 0);
+    setMask(blended_ ? QRegion() : roundedRegion(cardSize_));
+    shapeInput();
+}
+
+void OverlayWindow::applyShadowRoom(int room) {
+    shadowRoom_ = room;
+    const QSize whole = cardSize_ + QSize(2 * room, 2 * room);
+    resize(whole);
+    card_->setSize(whole);
+    card_->setProperty("shadowRoom", room);
+    place();
+}
+
+/// A mask replaces the shape that lets clicks through, so it is set after every mask.
+void OverlayWindow::shapeInput() {
+    xcb_connection_t* connection = windowsConnection();
+    if (connection == nullptr) return;
+    const double scale = devicePixelRatio();
+    const auto pixels = [scale](int length) {
+        return static_cast<std::int16_t>(std::lround(length * scale));
+    };
+    const xcb_rectangle_t card{pixels(shadowRoom_), pixels(shadowRoom_),
+                               static_cast<std::uint16_t>(pixels(cardSize_.width())),
+                               static_cast<std::uint16_t>(pixels(cardSize_.height()))};
+    xcb_shape_rectangles(connection, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_INPUT, XCB_CLIP_ORDERING_UNSORTED,
+                         static_cast<xcb_window_t>(winId()), 0, 0, takesMouseEvents_ ? 1 : 0, &card);
+}
+
+void OverlayWindow::animateIn(double scale, double seconds) {
+    motion_.stop();
+    completion_ = nullptr;
+    create();
+    adaptToCompositor();
+    fromScale_ = scale;
+    motion_.setStartValue(0.0);
+    motion_.setEndValue(1.0);
+    motion_.setDuration(static_cast<int>(std::lround(seconds * 1000)));
+    setOpacity(blended_ && seconds > 0 ? 0 : 1);
+    card_->setScale(seconds > 0 ? scale : 1);
+    show();
+    raise();
+    flushWindows();
+    if (seconds > 0) motion_.start();
+}
+
+void OverlayWindow::animateOut(double seconds, std::function<void()> completion) {
+    motion_.stop();
+    completion_ = std::move(completion);
+    // Only the window fades on its way out; where nothing blends it leaves at once.
+    fromScale_ = 1;
+    motion_.setStartValue(opacity());
+    motion_.setEndValue(0.0);
+    motion_.setDuration(blended_ ? static_cast<int>(std::lround(seconds * 1000)) : 0);
+    motion_.start();
+}
+
+void OverlayWindow::dismiss() {
+    completion_ = nullptr;
+    motion_.stop();
+    hide();
+    flushWindows();
+}
+
+void OverlayWindow::warmUp() {
+    create();
+    adaptToCompositor();
+    static_cast<void>(grabWindow());
 }
 
 }  // namespace veltrin

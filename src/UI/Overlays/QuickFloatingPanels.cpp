@@ -1,33 +1,46 @@
 #include "UI/Overlays/QuickFloatingPanels.h"
 
 #include "Foundation/MVPLog.h"
+#include "UI/Design/VtLook.h"
+#include "UI/Overlays/OverlayStack.h"
 #include "UI/Overlays/OverlayWindow.h"
+#include "UI/Overlays/XDisplay.h"
+#include "UI/QmlModule.h"
 
 #include <QGuiApplication>
 #include <QQmlComponent>
-#include <QQmlEngine>
 #include <QQuickItem>
-#include <QRegularExpression>
 #include <QScreen>
+#include <QTimer>
 
 #include <algorithm>
 #include <cmath>
 
-extern void qml_register_types_Veltrin();
-
 namespace veltrin {
+
+/// A window of the pool.
+struct QuickFloatingPanels::Kept {
+    PanelKind kind;
+    bool takesMouseEvents;
+    bool isTaken = false;
+    bool waitsForFrame = false;
+    QMetaObject::Connection selection;
+    std::unique_ptr<OverlayWindow> window;
+};
+
 namespace {
 
 constexpr double fadeOutSeconds = 0.14;
+constexpr double screenMargin = 12;
 
-QUrl cardOf(PanelKind kind) {
+QString cardOf(PanelKind kind) {
     switch (kind) {
         case PanelKind::text:
-            return QUrl(QStringLiteral("qrc:/qt/qml/Veltrin/TextPanel.qml"));
+            return QStringLiteral("TextPanel");
         case PanelKind::statusPill:
-            return QUrl(QStringLiteral("qrc:/qt/qml/Veltrin/StatusPill.qml"));
+            return QStringLiteral("StatusPill");
         case PanelKind::choice:
-            return QUrl(QStringLiteral("qrc:/qt/qml/Veltrin/OptimizeChoiceBubble.qml"));
+            return QStringLiteral("OptimizeChoiceBubble");
     }
     return {};
 }
@@ -35,22 +48,20 @@ QUrl cardOf(PanelKind kind) {
 QVariantList rowsOf(const std::vector<ChoiceRow>& rows) {
     QVariantList list;
     for (const ChoiceRow& row : rows) {
-        // A colour of the user's files that is none leaves the row without one.
-        static const QRegularExpression color(QStringLiteral("^#[0-9A-Fa-f]{6}$"));
-        list.append(
-            QVariantMap{{QStringLiteral("slot"), row.slot},
-                        {QStringLiteral("title"), row.title},
-                        {QStringLiteral("detail"), row.detail},
-                        {QStringLiteral("symbol"), row.symbol},
-                        {QStringLiteral("color"),
-                         color.match(row.colorHex).hasMatch() ? row.colorHex : QStringLiteral("transparent")},
-                        {QStringLiteral("vacant"), row.isVacant}});
+        list.append(QVariantMap{{QStringLiteral("slot"), row.slot},
+                                {QStringLiteral("title"), row.title},
+                                {QStringLiteral("detail"), row.detail},
+                                {QStringLiteral("symbol"), row.symbol},
+                                {QStringLiteral("colorHex"), row.colorHex},
+                                {QStringLiteral("isVacant"), row.isVacant}});
     }
     return list;
 }
 
-QVariantMap propertiesOf(const PanelSpec& spec, bool dark) {
-    QVariantMap properties{{QStringLiteral("text"), spec.text}, {QStringLiteral("dark"), dark}};
+QVariantMap propertiesOf(const PanelSpec& spec) {
+    QVariantMap properties{{QStringLiteral("text"), spec.text}};
+    // The elements count their tones in the same order.
+    if (spec.kind == PanelKind::text) properties.insert(QStringLiteral("tone"), static_cast<int>(spec.tone));
     if (spec.kind != PanelKind::choice) return properties;
     properties.insert(QStringLiteral("agents"), rowsOf(spec.choice.agents));
     properties.insert(QStringLiteral("presets"), rowsOf(spec.choice.presets));
@@ -60,75 +71,192 @@ QVariantMap propertiesOf(const PanelSpec& spec, bool dark) {
 
 /// The height of the desktop, which turns a distance from its bottom into one from its top.
 double desktopHeight(const Screens& screens) {
+    if (xcb_connection_t* connection = windowsConnection()) {
+        const XReplyOf<xcb_get_geometry_reply_t> root(
+            xcb_get_geometry_reply(connection, xcb_get_geometry(connection, rootWindow()), nullptr));
+        if (root) return root->height;
+    }
     double top = 0;
     for (const Screen& screen : screens.screens())
         top = std::max(top, ScreenRect::maxY(screen.frame));
     return top;
 }
 
-class QuickFloatingPanel final : public FloatingPanel {
-public:
-    QuickFloatingPanel(std::unique_ptr<OverlayWindow> window, const Screens& screens)
-        : window_(std::move(window)), screens_(screens) {}
-    ~QuickFloatingPanel() override {
-        // It may be destroyed from inside its own animation's end.
-        window_->hide();
-        window_.release()->deleteLater();
+/// What the first choice will look like, for the fonts' sake.
+PanelSpec sampleOf(PanelKind kind) {
+    PanelSpec spec;
+    spec.kind = kind;
+    spec.text = QStringLiteral("优化提示词\nVeltrin");
+    switch (kind) {
+        case PanelKind::text:
+            spec.size = {300, 84};
+            return spec;
+        case PanelKind::statusPill:
+            spec.size = {72, 40};
+            spec.text = QStringLiteral("正在优化");
+            return spec;
+        case PanelKind::choice:
+            break;
     }
-
-    void setFrameOrigin(QPointF origin) override {
-        const double top = desktopHeight(screens_) - origin.y() - window_->height();
-        window_->setPosition(static_cast<int>(std::lround(origin.x())), static_cast<int>(std::lround(top)));
+    spec.size = {310, 248};
+    spec.takesMouseEvents = true;
+    for (int slot = 1; slot <= 4; ++slot) {
+        ChoiceRow row;
+        row.slot = slot;
+        row.title = QStringLiteral("未设置优化 Agent");
+        row.detail = QStringLiteral("前往 Agent Studio 配置");
+        row.symbol = QStringLiteral("sparkles");
+        row.colorHex = QStringLiteral("#FFE066");
+        spec.choice.agents.push_back(row);
+        spec.choice.presets.push_back(row);
     }
-    void center() override {
-        const QScreen* screen = QGuiApplication::primaryScreen();
-        if (screen == nullptr) return;
-        const QRect middle(QPoint(), window_->size());
-        window_->setPosition(screen->geometry().center() - middle.center());
-    }
-    void animateIn(double scale, double duration) override { window_->animateIn(scale, duration); }
-    void animateOut(std::function<void()> completion) override {
-        window_->animateOut(fadeOutSeconds, std::move(completion));
-    }
-
-private:
-    std::unique_ptr<OverlayWindow> window_;
-    const Screens& screens_;
-};
+    return spec;
+}
 
 }  // namespace
 
-QuickFloatingPanels::QuickFloatingPanels(Screens& screens, std::function<bool()> usesDarkLook)
-    : screens_(screens), usesDarkLook_(std::move(usesDarkLook)) {
+/// What a panel's owner holds: a window for the time being.
+class QuickFloatingPanels::Panel final : public FloatingPanel {
+public:
+    Panel(QuickFloatingPanels& panels, OverlayWindow& window) : panels_(&panels), window_(&window) {}
+    ~Panel() override {
+        if (panels_ && window_) panels_->giveBack(window_);
+    }
+
+    void setFrameOrigin(QPointF origin) override {
+        if (!window_ || !panels_) return;
+        const double height = window_->cardGeometry().height();
+        window_->setCardPosition(
+            QPointF(origin.x(), desktopHeight(panels_->screens_) - origin.y() - height).toPoint());
+    }
+    void center() override {
+        const QScreen* screen = QGuiApplication::primaryScreen();
+        if (screen == nullptr || !window_) return;
+        const QRect middle(QPoint(), window_->cardGeometry().size());
+        window_->setCardPosition(screen->geometry().center() - middle.center());
+    }
+    void animateIn(double scale, double duration) override {
+        if (window_) window_->animateIn(scale, panels_->look_.reducedMotion() ? 0 : duration);
+    }
+    void animateOut(std::function<void()> completion) override {
+        if (window_)
+            window_->animateOut(panels_->look_.reducedMotion() ? 0 : fadeOutSeconds, std::move(completion));
+    }
+
+private:
+    QPointer<QuickFloatingPanels> panels_;
+    QPointer<OverlayWindow> window_;
+};
+
+QuickFloatingPanels::QuickFloatingPanels(Screens& screens, VtLook& look)
+    : screens_(screens), look_(look), stack_(std::make_unique<OverlayStack>()) {
+    stack_->screensChanged = [this] { keepOnScreens(); };
+    connect(qGuiApp, &QGuiApplication::screenRemoved, this, &QuickFloatingPanels::keepOnScreens,
+            Qt::QueuedConnection);
 }
 
 QuickFloatingPanels::~QuickFloatingPanels() = default;
 
-std::unique_ptr<FloatingPanel> QuickFloatingPanels::create(const PanelSpec& spec) {
-    if (!engine_) {
-        // The linker drops the registration of a static library's types, so it is called by name.
-        qml_register_types_Veltrin();
-        engine_ = std::make_unique<QQmlEngine>();
-        engine_->addImportPath(QStringLiteral("qrc:/qt/qml"));
-    }
-    QQmlComponent component(engine_.get(), cardOf(spec.kind));
+QQmlEngine& QuickFloatingPanels::engine() {
+    if (!engine_) engine_ = QmlModule::makeEngine(look_);
+    return *engine_;
+}
+
+OverlayWindow* QuickFloatingPanels::makeWindow(PanelKind kind, QSize size, bool takesMouseEvents) {
+    QQmlComponent component(&engine(), QmlModule::url(cardOf(kind)));
     // Asked before it is made: creating from a component that is not ready crashes.
-    std::unique_ptr<QObject> object;
-    if (component.isReady()) {
-        object.reset(component.createWithInitialProperties(propertiesOf(spec, usesDarkLook_())));
-    }
+    std::unique_ptr<QObject> object(component.isReady() ? component.create() : nullptr);
     auto* card = qobject_cast<QQuickItem*>(object.get());
     if (card == nullptr) {
         MVPLog::write("UI panel could not be made:", component.errorString());
         return nullptr;
     }
     static_cast<void>(object.release());  // its window keeps it
-    auto window = std::make_unique<OverlayWindow>(card, spec.size.toSize(), spec.takesMouseEvents);
-    if (spec.onSelectSlot) {
-        QObject::connect(window.get(), &OverlayWindow::slotChosen, window.get(), spec.onSelectSlot);
-        QObject::connect(card, SIGNAL(slotChosen(int)), window.get(), SIGNAL(slotChosen(int)));
+    auto kept = std::make_unique<Kept>();
+    kept->kind = kind;
+    kept->takesMouseEvents = takesMouseEvents;
+    kept->window = std::make_unique<OverlayWindow>(card, size, takesMouseEvents);
+    stack_->add(*kept->window);
+    connect(kept->window.get(), &QQuickWindow::frameSwapped, this, [this, entry = kept.get()] {
+        if (std::exchange(entry->waitsForFrame, false)) Q_EMIT firstFrameShown();
+    });
+    return windows_.emplace_back(std::move(kept))->window.get();
+}
+
+OverlayWindow* QuickFloatingPanels::take(const PanelSpec& spec) {
+    const auto find = [&] {
+        return std::find_if(windows_.begin(), windows_.end(), [&](const auto& kept) {
+            return !kept->isTaken && kept->kind == spec.kind &&
+                   kept->takesMouseEvents == spec.takesMouseEvents;
+        });
+    };
+    auto found = find();
+    if (found == windows_.end()) {
+        if (makeWindow(spec.kind, spec.size.toSize(), spec.takesMouseEvents) == nullptr) return nullptr;
+        found = find();
     }
-    return std::make_unique<QuickFloatingPanel>(std::move(window), screens_);
+    Kept& kept = **found;
+    kept.isTaken = true;
+    kept.waitsForFrame = true;
+    disconnect(kept.selection);
+    if (spec.onSelectSlot)
+        kept.selection = connect(kept.window.get(), &OverlayWindow::slotChosen, this, spec.onSelectSlot);
+    return kept.window.get();
+}
+
+std::unique_ptr<FloatingPanel> QuickFloatingPanels::create(const PanelSpec& spec) {
+    OverlayWindow* window = take(spec);
+    if (window == nullptr) return nullptr;
+    window->setCardSize(spec.size.toSize());
+    window->setContent(propertiesOf(spec));
+    return std::make_unique<Panel>(*this, *window);
+}
+
+void QuickFloatingPanels::giveBack(OverlayWindow* window) {
+    window->dismiss();
+    for (const auto& kept : windows_) {
+        if (kept->window.get() != window) continue;
+        kept->isTaken = false;
+        disconnect(kept->selection);
+    }
+}
+
+void QuickFloatingPanels::prepare() {
+    for (const PanelKind kind : {PanelKind::choice, PanelKind::statusPill, PanelKind::text}) {
+        QTimer::singleShot(0, this, [this, kind] {
+            const bool exists = std::any_of(windows_.begin(), windows_.end(),
+                                            [kind](const auto& kept) { return kept->kind == kind; });
+            if (exists) return;
+            const PanelSpec spec = sampleOf(kind);
+            OverlayWindow* window = makeWindow(kind, spec.size.toSize(), spec.takesMouseEvents);
+            if (window == nullptr) return;
+            window->setContent(propertiesOf(spec));
+            window->warmUp();
+        });
+    }
+}
+
+void QuickFloatingPanels::keepOnScreens() {
+    const auto screens = screens_.screens();
+    if (screens.empty()) return;
+    const double height = desktopHeight(screens_);
+    for (OverlayWindow* window : stack_->shown()) {
+        const QRect card = window->cardGeometry();
+        const QRectF turned(card.x(), height - card.y() - card.height(), card.width(), card.height());
+        const bool stands = std::any_of(screens.begin(), screens.end(), [&](const Screen& screen) {
+            return screen.frame.contains(turned.center());
+        });
+        if (stands) continue;
+        const QRectF visible = screens.front().visibleFrame;
+        const double x =
+            std::max(ScreenRect::minX(visible) + screenMargin,
+                     std::min(turned.x(), ScreenRect::maxX(visible) - turned.width() - screenMargin));
+        const double y =
+            std::max(ScreenRect::minY(visible) + screenMargin,
+                     std::min(turned.y(), ScreenRect::maxY(visible) - turned.height() - screenMargin));
+        window->setCardPosition(QPointF(x, height - y - turned.height()).toPoint());
+        flushWindows();
+    }
 }
 
 }  // namespace veltrin

@@ -5,14 +5,23 @@ import Veltrin
 PanelCard {
     id: pill
 
-    Text {
+    Column {
         anchors.centerIn: parent
-        width: parent.width - 2 * VtTheme.space
-        text: pill.text
-        textFormat: Text.PlainText
-        color: pill.colors.text
-        font { family: VtTheme.family; pixelSize: VtTheme.sizeSmall; weight: Font.Medium }
-        horizontalAlignment: Text.AlignHCenter
-        elide: Text.ElideRight
+        spacing: 6
+
+        VtText {
+            anchors.horizontalCenter: parent.horizontalCenter
+            width: Math.min(implicitWidth, pill.width - 2 * pill.shadowRoom - 2 * VtTheme.space)
+            text: pill.text
+            theme: pill.theme
+            size: VtTheme.sizeSmall
+            weight: VtTheme.weightMedium
+            Accessible.ignored: true
+        }
+        PopupThinkingDots {
+            anchors.horizontalCenter: parent.horizontalCenter
+            color: pill.theme.text
+            dotSize: 4
+        }
     }
 }

@@ -26,6 +26,7 @@ void FakeDesktop::forgetRecords() {
     workspace.activations.clear();
     processControl.launches.clear();
     processControl.systemLines.clear();
+    soundOutput.played.clear();
 }
 
 }  // namespace veltrin

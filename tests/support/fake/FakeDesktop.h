@@ -8,6 +8,7 @@
 #include "support/fake/FakePreferences.h"
 #include "support/fake/FakeProcessControl.h"
 #include "support/fake/FakeScreens.h"
+#include "support/fake/FakeSoundOutput.h"
 #include "support/fake/FakeSystemEnvironment.h"
 
 namespace veltrin {
@@ -77,6 +78,7 @@ public:
     FakeFloatingPanels floatingPanels{runLoop, log};
     FakeProcessControl processControl{runLoop, log};
     FakeSystemEnvironment environment;
+    FakeSoundOutput soundOutput{runLoop};
 };
 
 }  // namespace veltrin

@@ -39,10 +39,11 @@ void SimulatedVeltrin::launch() {
     agents_.emplace(dataFolder, desktop.preferences, desktop.runLoop);
     tasks_.emplace(*client_, settings(), desktop.runLoop,
                    taskMaterial(*agents_, data_->dictionary, data_->history));
+    sounds_.emplace(desktop.runLoop, desktop.soundOutput, settings());
     delegate_ = std::make_unique<AppDelegate>(
         desktop.desktop(),
         AppDelegate::Shared{settings(), notifications, *client_, expressionMemory_, behaviors_, *data_,
-                            *tasks_, *agents_, presentMainWindow, sounds, account});
+                            *tasks_, *agents_, *sounds_, presentMainWindow, account});
     delegate_->applicationDidFinishLaunching();
     desktop.runLoop.runDue();
 }

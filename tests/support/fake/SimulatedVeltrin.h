@@ -8,6 +8,7 @@
 #include "Data/DataStore.h"
 #include "Expression/ExpressionMemoryStore.h"
 #include "Session/UserBehaviorTracker.h"
+#include "System/InteractionSoundPlayer.h"
 #include "support/fake/FakeDesktop.h"
 #include "support/fake/SimulatedModel.h"
 
@@ -39,6 +40,7 @@ public:
     /// The process is gone without a word.
     void destroy() {
         delegate_.reset();
+        sounds_.reset();
         tasks_.reset();
         agents_.reset();
         data_.reset();
@@ -74,7 +76,6 @@ public:
     QString dataFolder = QStringLiteral("/dev/null/Veltrin");
     // What the program is lent, to be set before the launch.
     std::function<void()> presentMainWindow;
-    InteractionSounds sounds;
     AuthLinks::Account account;
 
     FakeDesktop desktop;
@@ -90,6 +91,7 @@ private:
     std::optional<DataStore> data_;
     std::optional<AgentTeamManager> agents_;
     std::optional<ModelTasks> tasks_;
+    std::optional<InteractionSoundPlayer> sounds_;
     std::unique_ptr<AppDelegate> delegate_;
 };
 

@@ -9,6 +9,7 @@
 #include "Foundation/Json.h"
 #include "Gesture/SpaceGestureEngine.h"
 #include "Session/UserBehaviorTracker.h"
+#include "System/InteractionSoundPlayer.h"
 #include "support/fake/FakeDesktop.h"
 #include "support/fake/LogCapture.h"
 #include "support/fake/TaskWorld.h"
@@ -44,8 +45,9 @@ struct HandlerWorld {
     ExpressionRunner expressions{client};
     TaskMaterial material;
     ModelTasks tasks{client, settings, desktop.runLoop, material.closures()};
+    InteractionSoundPlayer sounds{desktop.runLoop, desktop.soundOutput, settings};
     ExternalActionHandler handler{{desktop.runLoop, desktop.accessibility, settings, engine, panel, writeback,
-                                   validator, expressions, memory, tracker, client, tasks}};
+                                   validator, expressions, memory, tracker, client, tasks, sounds}};
 };
 
 }  // namespace veltrin

@@ -240,6 +240,17 @@ TEST_F(MVPDebugPanelTest, aFailureCardShowsItsCompactMessageForAWhile) {
     EXPECT_TRUE(logged(QStringLiteral("UI showFailureCard requested:")));
 }
 
+TEST_F(MVPDebugPanelTest, aMessageTellsHowItWent) {
+    panel.showPanel(QStringLiteral("Veltrin Ready"), std::nullopt, std::nullopt);
+    EXPECT_EQ(last().spec.tone, PanelTone::plain);
+    panel.showCopiedResult(QStringLiteral("text"), QStringLiteral("结果"), std::nullopt);
+    EXPECT_EQ(last().spec.tone, PanelTone::success);
+    panel.showCopiedResult({}, QStringLiteral("结果"), std::nullopt);
+    EXPECT_EQ(last().spec.tone, PanelTone::failure);
+    panel.showFailureCard(QStringLiteral("优化失败"), {}, {}, std::nullopt, std::nullopt, std::nullopt);
+    EXPECT_EQ(last().spec.tone, PanelTone::failure);
+}
+
 // MARK: The choice
 
 TEST_F(MVPDebugPanelTest, theChoiceTakesTheMouseAndStandsBelowItsAnchor) {
