@@ -7,6 +7,7 @@
 #include "Platform/RunLoop.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace veltrin {
 namespace {
@@ -184,14 +185,16 @@ void AgentTeamManager::update(const AgentProfile& agent) {
     if (stored == nullptr) return;
     *stored = agent;
     stored->updatedAt = now();
-    ++stored->version;
+    // A file may hold any number.
+    if (stored->version < std::numeric_limits<std::int64_t>::max()) ++stored->version;
     persist();
     changed.notify();
 }
 
 void AgentTeamManager::remove(const QUuid& id) {
-    std::erase_if(agents_, [id](const AgentProfile& each) { return each.id == id; });
-    assignments_.remove(uuidText(id));
+    const QUuid gone = id;  // which may be that of an agent in the list
+    std::erase_if(agents_, [&gone](const AgentProfile& each) { return each.id == gone; });
+    assignments_.remove(uuidText(gone));
     persist();
     changed.notify();
     ensureDefaultShortcutAssignments();

@@ -3,6 +3,7 @@ add_executable(veltrin ${CMAKE_CURRENT_LIST_DIR}/main.cpp
     ${CMAKE_CURRENT_LIST_DIR}/CompositionRoot.cpp ${CMAKE_CURRENT_LIST_DIR}/CompositionRoot.h
     ${CMAKE_CURRENT_LIST_DIR}/GalleryMode.cpp ${CMAKE_CURRENT_LIST_DIR}/GalleryMode.h)
 target_link_libraries(veltrin PRIVATE veltrin_coordinator veltrin_linux veltrin_ui)
+add_dependencies(veltrin veltrin_keyguard)
 target_precompile_headers(veltrin PRIVATE ${VELTRIN_CORE_PCH})
 
 include(GNUInstallDirs)

@@ -19,6 +19,7 @@
 #include "Platform/Linux/Pulse/PulseSoundOutput.h"
 #include "Platform/Linux/QtHttpClient.h"
 #include "Platform/Linux/QtRunLoop.h"
+#include "Platform/Linux/SessionLock.h"
 #include "Platform/Linux/SingleInstance.h"
 #include "Platform/Linux/X11/X11KeyEventTaps.h"
 #include "Platform/Linux/X11/X11KeyPoster.h"
@@ -36,6 +37,7 @@
 #include "UI/Tray/TrayItem.h"
 
 #include <QApplication>
+#include <QDBusConnection>
 #include <QStandardPaths>
 
 namespace veltrin {
@@ -74,6 +76,8 @@ struct CompositionRoot::Objects {
     X11Screens screens{*connection};
     X11Pasteboard pasteboard;
     X11KeyEventTaps keyEventTaps{runLoop};
+    SessionLock sessionLock{QDBusConnection::sessionBus(), QDBusConnection::systemBus(),
+                            [this](bool locked) { keyEventTaps.setSilent(locked); }};
     X11TopLevelWindows topLevelWindows;
     AtSpiAccessibility accessibility{&topLevelWindows};
     FieldInspector inspector{accessibility};

@@ -2,7 +2,6 @@
 
 #include "AI/AgentTeamManager.h"
 #include "Data/DataStore.h"
-#include "Data/PromptStore.h"
 #include "Foundation/Date.h"
 
 #include <QFile>
@@ -16,9 +15,9 @@ struct ExportImportManager::Section {
     std::size_t (*count)(const ExportImportManager&);
 };
 
-ExportImportManager::ExportImportManager(const RunLoop& runLoop, DataStore& data, const PromptStore& prompts,
+ExportImportManager::ExportImportManager(const RunLoop& runLoop, DataStore& data,
                                          const AgentTeamManager& agents)
-    : runLoop_(runLoop), data_(data), prompts_(prompts), agents_(agents) {
+    : runLoop_(runLoop), data_(data), agents_(agents) {
 }
 
 const std::vector<ExportImportManager::Section>& ExportImportManager::sections() {
@@ -27,7 +26,7 @@ const std::vector<ExportImportManager::Section>& ExportImportManager::sections()
         {QStringLiteral("历史记录"), QStringLiteral("history"),
          [](Manager its) { return its.data_.history.entries().size(); }},
         {QStringLiteral("提示词资产"), QStringLiteral("prompts"),
-         [](Manager its) { return its.prompts_.prompts().size(); }},
+         [](Manager its) { return its.data_.prompts.prompts().size(); }},
         {QStringLiteral("词典词条"), QStringLiteral("dictionary"),
          [](Manager its) { return its.data_.dictionary.terms().size(); }},
         {QStringLiteral("粘贴板记录"), std::nullopt,

@@ -11,7 +11,6 @@
 namespace veltrin {
 
 class AgentTeamManager;
-class PromptStore;
 class RunLoop;
 struct DataStore;
 
@@ -19,8 +18,7 @@ struct DataStore;
 /// holds counts and not the records; a full export and an import do not exist. Main thread.
 class ExportImportManager {
 public:
-    ExportImportManager(const RunLoop& runLoop, DataStore& data, const PromptStore& prompts,
-                        const AgentTeamManager& agents);
+    ExportImportManager(const RunLoop& runLoop, DataStore& data, const AgentTeamManager& agents);
 
     struct Row {
         QString label;
@@ -51,7 +49,6 @@ private:
 
     const RunLoop& runLoop_;
     DataStore& data_;
-    const PromptStore& prompts_;
     const AgentTeamManager& agents_;
 };
 

@@ -43,7 +43,8 @@ public:
             if (records.size() > cap) records.resize(cap);
         });
     }
-    void removeAll(const QUuid& id) {
+    /// The identifier is a copy: it may be that of one of the records, which move while others go.
+    void removeAll(QUuid id) {
         change([&](std::vector<R>& records) {
             std::erase_if(records, [&](const R& record) { return record.id == id; });
         });

@@ -1,6 +1,7 @@
 #include "Foundation/Json.h"
 
-#include <QHash>
+#include "Foundation/JsonReader.h"
+
 #include <QLocale>
 
 #include <nlohmann/json.hpp>
@@ -10,123 +11,6 @@
 
 namespace veltrin {
 namespace {
-
-constexpr int maximumDepth = 512;
-constexpr std::size_t maximumElementValues = 1'000'000;
-
-/// Leaves one member of each name: the last value, at the first one's place. Members are appended while an
-/// object is read, and looked over once when it ends, so that an object of very many stays cheap.
-void dropRepeatedMembers(Json::Object& members) {
-    QHash<QStringView, std::size_t> places;
-    places.reserve(static_cast<qsizetype>(members.size()));
-    std::vector<std::pair<std::size_t, std::size_t>> repeats;  // from, to
-    for (std::size_t i = 0; i < members.size(); ++i) {
-        const auto place = places.constFind(members[i].first);
-        if (place == places.constEnd()) {
-            places.insert(members[i].first, i);
-        } else {
-            repeats.emplace_back(i, *place);
-        }
-    }
-    if (repeats.empty()) return;
-    std::vector<bool> dropped(members.size(), false);
-    for (const auto& [from, to] : repeats) {
-        members[to].second = std::move(members[from].second);
-        dropped[from] = true;
-    }
-    std::size_t index = 0;
-    std::erase_if(members, [&](const Json::Member&) { return dropped[index++]; });
-}
-
-bool hasRepeatedMembers(const Json::Object& members) {
-    constexpr std::size_t few = 24;
-    if (members.size() > few) return true;  // looked at more closely by who drops them
-    for (std::size_t i = 1; i < members.size(); ++i) {
-        for (std::size_t j = 0; j < i; ++j) {
-            if (members[i].first == members[j].first) return true;
-        }
-    }
-    return false;
-}
-
-/// Builds a Json value from the parser's events; refuses texts that nest too deep to be walked safely.
-class Builder : public nlohmann::json_sax<nlohmann::ordered_json> {
-public:
-    Builder() = default;
-    /// Hands the elements of the outermost array to `take` instead of keeping them.
-    explicit Builder(const std::function<bool(const Json&)>& take) : take_(&take) {}
-
-    bool null() override { return put({}); }
-    bool boolean(bool value) override { return put(value); }
-    bool number_integer(number_integer_t value) override { return put(std::int64_t{value}); }
-    bool number_unsigned(number_unsigned_t value) override {
-        if (value > static_cast<number_unsigned_t>(std::numeric_limits<std::int64_t>::max()))
-            return put(static_cast<double>(value));
-        return put(static_cast<std::int64_t>(value));
-    }
-    bool number_float(number_float_t value, const string_t&) override { return put(value); }
-    bool string(string_t& value) override { return put(QString::fromStdString(value)); }
-    bool binary(binary_t&) override { return false; }
-    bool start_object(std::size_t) override { return open(Json(Json::Object{})); }
-    bool start_array(std::size_t) override { return open(Json(Json::Array{})); }
-    bool key(string_t& value) override {
-        keys_.back() = QString::fromStdString(value);
-        return true;
-    }
-    bool end_object() override { return close(); }
-    bool end_array() override { return close(); }
-    bool parse_error(std::size_t position, const std::string&, const nlohmann::json::exception&) override {
-        error_ = "JSON syntax error at byte " + QByteArray::number(static_cast<qulonglong>(position));
-        return false;
-    }
-
-    Json take() { return std::move(root_); }
-    QByteArray error() const { return error_; }
-
-private:
-    bool put(Json value) {
-        if (open_.empty()) {
-            root_ = std::move(value);
-        } else if (Json::Array* array = open_.back().array()) {
-            if (take_ != nullptr && open_.size() == 1) return hand(value);
-            if (isTooLarge()) return false;
-            array->push_back(std::move(value));
-        } else {
-            if (isTooLarge()) return false;
-            open_.back().object()->emplace_back(std::move(keys_.back()), std::move(value));
-        }
-        return true;
-    }
-    bool hand(const Json& element) {
-        values_ = 0;
-        return (*take_)(element);
-    }
-    bool isTooLarge() { return take_ != nullptr && ++values_ > maximumElementValues; }
-    bool open(Json value) {
-        if (open_.size() >= maximumDepth) {
-            error_ = "JSON nested deeper than " + QByteArray::number(maximumDepth) + " levels";
-            return false;
-        }
-        open_.push_back(std::move(value));
-        keys_.emplace_back();
-        return true;
-    }
-    bool close() {
-        Json value = std::move(open_.back());
-        open_.pop_back();
-        keys_.pop_back();
-        if (Json::Object* members = value.object(); members != nullptr && hasRepeatedMembers(*members))
-            dropRepeatedMembers(*members);
-        return put(std::move(value));
-    }
-
-    Json root_;
-    std::vector<Json> open_;
-    std::vector<QString> keys_;
-    const std::function<bool(const Json&)>* take_ = nullptr;
-    std::size_t values_ = 0;  ///< inside the element that is being read
-    QByteArray error_ = "JSON could not be read";
-};
 
 nlohmann::ordered_json toLibrary(const Json& value) {
     if (const auto text = value.toString()) return text->toStdString();
@@ -252,23 +136,20 @@ private:
 }  // namespace
 
 Json Json::parse(const QByteArray& utf8) {
-    Builder builder;
-    if (!nlohmann::ordered_json::sax_parse(utf8.begin(), utf8.end(), &builder))
-        throw ParseError(builder.error());
-    return builder.take();
+    JsonReader reader(utf8);
+    Json value;
+    if (!reader.readDocument(value)) throw ParseError(reader.error());
+    return value;
 }
 
 std::optional<Json> Json::tryParse(const QByteArray& utf8) {
-    try {
-        return parse(utf8);
-    } catch (const ParseError&) {
-        return std::nullopt;
-    }
+    std::optional<Json> value(std::in_place);
+    if (!JsonReader(utf8).readDocument(*value)) value.reset();
+    return value;
 }
 
 bool Json::parseElements(const QByteArray& utf8, const std::function<bool(const Json&)>& take) {
-    Builder builder(take);
-    return nlohmann::ordered_json::sax_parse(utf8.begin(), utf8.end(), &builder) && builder.take().isArray();
+    return JsonReader(utf8).readElements(take);
 }
 
 QByteArray Json::prettyPrinted() const {

@@ -22,6 +22,7 @@ inline constexpr qint64 tab = 48;
 inline constexpr qint64 space = 49;
 inline constexpr qint64 backspace = 51;
 inline constexpr qint64 escape = 53;
+inline constexpr qint64 insert = 114;
 /// A key that has no code in the product's numbering; still an event, so that it ends a tap sequence.
 inline constexpr qint64 unknown = 0xFFFF;
 }  // namespace KeyCode

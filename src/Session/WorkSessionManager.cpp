@@ -70,7 +70,8 @@ QString WorkSessionManager::today() const {
 }
 
 void WorkSessionManager::loadTodayData() {
-    if (preferences_.string(dateKey) != today()) {
+    day_ = today();
+    if (preferences_.string(dateKey) != day_) {
         resetDaily();
         return;
     }
@@ -87,7 +88,7 @@ void WorkSessionManager::resetDaily() {
 void WorkSessionManager::persistAll() {
     for (const auto& [key, member] : counters)
         preferences_.set(QString::fromUtf8(key), static_cast<double>((this->*member)()));
-    preferences_.set(dateKey, today());
+    preferences_.set(dateKey, day_);
 }
 
 void WorkSessionManager::monitorTick() {

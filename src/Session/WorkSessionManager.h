@@ -40,8 +40,8 @@ public:
     static constexpr int focusDuration = 1500;  ///< seconds
     static constexpr int breakDuration = 300;   ///< seconds
 
-    /// Loads the day's counters. A process that stays up over midnight goes on counting into the old day:
-    /// only a launch begins a new one.
+    /// Loads the day's counters. A process that stays up over midnight goes on counting into the old day, and
+    /// writes under its date: only a launch begins a new one.
     WorkSessionManager(RunLoop& runLoop, Preferences& preferences, const Workspace& workspace,
                        NotificationCenter& notifications);
     WorkSessionManager(const WorkSessionManager&) = delete;
@@ -121,6 +121,7 @@ private:
     Preferences& preferences_;
     const Workspace& workspace_;
     NotificationCenter& notifications_;
+    QString day_;  ///< the one that is counted, as "2026-11-21" in the local time zone
     std::vector<double> wpmSamples_;
     std::optional<Date> focusStartDate_;
     Timer monitor_;

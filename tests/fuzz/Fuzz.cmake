@@ -16,6 +16,7 @@ function(veltrin_fuzz_target name source)
 endfunction()
 
 veltrin_fuzz_target(json JsonFuzz.cpp)
+target_link_libraries(veltrin_fuzz_json PRIVATE nlohmann_json::nlohmann_json)
 # A decoder without a desktop, so it is compiled in alone.
 veltrin_fuzz_target(preferences PreferencesFuzz.cpp ${CMAKE_SOURCE_DIR}/src/Platform/Linux/PreferencesDocument.cpp)
 veltrin_fuzz_target(answers ModelAnswerFuzz.cpp)

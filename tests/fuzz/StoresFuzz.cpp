@@ -2,7 +2,9 @@
 #include "Data/DictionaryStore.h"
 #include "Data/HistoryStore.h"
 #include "Data/MemoryActionPreset.h"
+#include "Data/StoredPrompt.h"
 #include "Data/VoiceRecordStore.h"
+#include "Session/UserProfile.h"
 #include "fuzz/FuzzInput.h"
 
 using namespace veltrin;
@@ -28,5 +30,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     survive<ClipboardEntry>(file);
     survive<MemoryActionPreset>(file);
     survive<VoiceRecord>(file);
+    survive<StoredPrompt>(file);
+    survive<TrackedBehavior>(file);
+    survive<UserProfile>(file);
     return 0;
 }

@@ -1,13 +1,17 @@
 // Measures the time from a key's injection to its arrival in an application, without the tap and with it, in
 // turns, so that a busy machine troubles both alike. Prints medians and ratios; ends with 1 when an ordinary
-// key under the tap takes more than 1.3 times as long.
+// key under the tap takes more than 1.3 times as long. Other programs that watch keys are measured too where
+// they are installed, alone and without a limit, for comparison.
 #include "Platform/Linux/QtRunLoop.h"
 #include "Platform/Linux/X11/X11Connection.h"
 #include "Platform/Linux/X11/X11KeyEventTaps.h"
 #include "Platform/Linux/X11/X11Keymap.h"
+#include "support/desktop/ChildProcess.h"
 #include "support/desktop/RealDesktop.h"
 
 #include <QCoreApplication>
+#include <QStandardPaths>
+#include <QStringList>
 
 #include <poll.h>
 #include <xcb/xinput.h>
@@ -110,6 +114,27 @@ double median(std::vector<double> values) {
     return values[values.size() / 2];
 }
 
+/// Another program that watches keys, measured in turns with nothing.
+void measureOther(RealDesktop& desktop, Keyboard& keyboard, std::uint8_t key, const QStringList& command) {
+    constexpr int blocks = 8;
+    constexpr int taps = 100;
+    if (QStandardPaths::findExecutable(command.first()).isEmpty()) return;
+    std::vector<double> without;
+    std::vector<double> with;
+    for (int block = 0; block < blocks; ++block) {
+        for (int i = 0; i < taps; ++i)
+            without.push_back(keyboard.tap(key));
+        const ChildProcess other({.command = command,
+                                  .environment = desktop.environment(),
+                                  .outputFile = desktop.file(QStringLiteral("other.log"))});
+        std::this_thread::sleep_for(std::chrono::milliseconds(400));
+        for (int i = 0; i < taps; ++i)
+            with.push_back(keyboard.tap(key));
+    }
+    std::printf("  %-44s %6.0f us  %.2f\n", qPrintable(command.join(u' ')), median(with),
+                median(with) / median(without));
+}
+
 /// Runs `work` on another thread while this thread's event loop runs.
 void whileLoopRuns(const std::function<void()>& work) {
     std::atomic<bool> done{false};
@@ -173,6 +198,12 @@ int main(int argc, char** argv) {
     for (const auto& mode : modes) {
         std::printf("  %-44s %6.0f us  %.2f\n", mode.name, median(mode.times), median(mode.times) / base);
     }
+    tap->setEnabled(false);
+    measureOther(desktop, keyboard, key(KeyCode::c),
+                 {QStringLiteral("xinput"), QStringLiteral("test-xi2"), QStringLiteral("--root")});
+    measureOther(desktop, keyboard, key(KeyCode::c),
+                 {QStringLiteral("xbindkeys"), QStringLiteral("-n"), QStringLiteral("-f"),
+                  QStringLiteral("/dev/null")});
     const double ratio = std::max(median(modes[1].times), median(modes[2].times)) / base;
     return ratio <= allowedRatio ? 0 : 1;
 }

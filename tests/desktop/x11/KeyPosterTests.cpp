@@ -2,6 +2,7 @@
 #include "Platform/Linux/X11/X11Pasteboard.h"
 #include "Platform/Linux/X11/XcbHeaders.h"
 #include "desktop/x11/RecordingClient.h"
+#include "desktop/x11/RivalClient.h"
 #include "support/Slowdown.h"
 #include "support/desktop/DesktopTest.h"
 
@@ -9,6 +10,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <functional>
 #include <limits>
 #include <thread>
 
@@ -24,8 +26,10 @@ struct FakeInspector final : PostTargetInspector {
     PostTargetState state{true, true, false};
     int asked = 0;
     int focusedFrom = 0;  ///< the look from which on the focus is there
+    std::function<void()> onLook;
     PostTargetState inspect(const AXElementRef&) override {
         ++asked;
+        if (onLook) onLook();
         state.isElsewhere = asked < focusedFrom;
         return state;
     }
@@ -223,19 +227,153 @@ TEST_F(KeyPosterOnX11, withControlHeldByTheUserOnlyTheLetterIsPosted) {
     EXPECT_EQ(x().keysDown(), 0);
 }
 
+TEST_F(KeyPosterOnX11, controlLetGoAtTheLastMomentNeverTypesTheLetter) {
+    RecordingClient client(desktop(), foreign());
+    typist().press(QStringLiteral("Ctrl"));
+    inspector.onLook = [&] { typist().release(QStringLiteral("Ctrl")); };
+    auto paste = command(KeyCode::v, client);
+    paste.target.element = std::make_shared<FakeElement>();
+    EXPECT_TRUE(poster.post(paste));
+    ASSERT_TRUE(client.waitForKeys(6)) << client.text();
+    EXPECT_EQ(client.text(), "+Control_L -Control_L +Control_L +v -v -Control_L");
+    EXPECT_EQ(client.keys()[3].state, XCB_MOD_MASK_CONTROL);
+}
+
+TEST_F(KeyPosterOnX11, aModifierPressedAtTheLastMomentIsLiftedToo) {
+    RecordingClient client(desktop(), foreign());
+    inspector.onLook = [&] { typist().press(QStringLiteral("Alt")); };
+    auto paste = command(KeyCode::v, client);
+    paste.target.element = std::make_shared<FakeElement>();
+    EXPECT_TRUE(poster.post(paste));
+    ASSERT_TRUE(waitUntil(3, [&] { return client.text().ends_with("+v -v -Control_L"); })) << client.text();
+    const auto keys = client.keys();
+    EXPECT_EQ(keys[keys.size() - 3].state, XCB_MOD_MASK_CONTROL);
+    typist().releaseAll();
+}
+
+TEST_F(KeyPosterOnX11, theLettersOwnKeyIsWaitedForAndElseLifted) {
+    // The server drops the press of a key that is down already, and the chord would never arrive.
+    RecordingClient client(desktop(), foreign());
+    typist().press(QStringLiteral("v"));
+    ASSERT_TRUE(client.waitForKeys(1));
+    std::thread hands([&] {
+        typist().pause(0.1);
+        typist().release(QStringLiteral("v"));
+    });
+    EXPECT_TRUE(poster.post(command(KeyCode::v, client)));
+    hands.join();
+    ASSERT_TRUE(client.waitForKeys(6)) << client.text();
+    EXPECT_EQ(client.text(), "+v -v +Control_L +v -v -Control_L");
+    client.clear();
+    typist().press(QStringLiteral("v"));
+    ASSERT_TRUE(client.waitForKeys(1));
+    EXPECT_TRUE(poster.post(command(KeyCode::v, client)));
+    ASSERT_TRUE(waitUntil(3, [&] { return client.text().ends_with("+v -v -Control_L"); })) << client.text();
+    const auto keys = client.keys();
+    EXPECT_EQ(keys[keys.size() - 3].state, XCB_MOD_MASK_CONTROL);
+    const auto count = keys.size();
+    std::this_thread::sleep_for(std::chrono::milliseconds(900));  // its repeats would come now
+    EXPECT_EQ(client.keys().size(), count) << client.text();
+    typist().releaseAll();
+    EXPECT_EQ(x().keysDown(), 0);
+}
+
+TEST_F(KeyPosterOnX11, anOpenMenuIsWaitedForAndElseGetsNoKey) {
+    RecordingClient client(desktop(), foreign());
+    RivalClient menu(desktop());
+    ASSERT_TRUE(menu.holdKeyboard());
+    const double begin = monotonicSeconds();
+    const PostResult result = poster.post(command(KeyCode::v, client));
+    EXPECT_FALSE(result);
+    EXPECT_EQ(result.refusal, QStringLiteral("another program holds the keyboard"));
+    EXPECT_GE(monotonicSeconds() - begin, 0.3);
+    EXPECT_LT(monotonicSeconds() - begin, 1.0 * patience);
+    std::thread closing([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(80));
+        menu.freeKeyboard();
+    });
+    EXPECT_TRUE(poster.post(command(KeyCode::v, client)));
+    closing.join();
+    ASSERT_TRUE(client.waitForKeys(4)) << client.text();
+    EXPECT_EQ(client.text(), "+Control_L +v -v -Control_L");
+    EXPECT_EQ(menu.presses(), 0);
+}
+
+TEST_F(KeyPosterOnX11, aMenuThatOpensAtTheLastMomentGetsNoKey) {
+    RecordingClient client(desktop(), foreign());
+    RivalClient menu(desktop());
+    inspector.onLook = [&] { menu.holdKeyboard(); };
+    auto paste = command(KeyCode::v, client);
+    paste.target.element = std::make_shared<FakeElement>();
+    EXPECT_FALSE(poster.post(paste));
+    menu.freeKeyboard();
+    EXPECT_EQ(menu.presses(), 0);
+    EXPECT_TRUE(client.keys().empty()) << client.text();
+}
+
+TEST_F(KeyPosterOnX11, theMenusOfForeignEditorsOfTwoToolkitsAreNotPastedInto) {
+    X11Pasteboard pasteboard(desktop().display().toLatin1());
+    ASSERT_TRUE(pasteboard.setString(QStringLiteral("pasted"), PasteboardContent::temporary));
+    const auto tryMenu = [&](Program& program) {
+        const auto field = atspi().waitForField(program);
+        KeyPost post;
+        post.keyCode = KeyCode::v;
+        post.flags = KeyFlags::command;
+        post.target.window = program.window();
+        ASSERT_TRUE(waitUntil(5, [&] { return bool(poster.post(post)); }));
+        EXPECT_EQ(atspi().waitForText(field, QStringLiteral("pasted")), QStringLiteral("pasted"));
+        const auto before = x().rootChildren().size();
+        typist().tap(QStringLiteral("Menu"));
+        ASSERT_TRUE(waitUntil(10, [&] { return x().rootChildren().size() > before; })) << "no menu opened";
+        ASSERT_TRUE(waitUntil(10, [&] { return !poster.post(post); }));
+        typist().tap(QStringLiteral("Escape"));
+        ASSERT_TRUE(waitUntil(10, [&] { return x().rootChildren().size() == before; })) << "the menu is gone";
+        ASSERT_TRUE(waitUntil(5, [&] { return bool(poster.post(post)); }));
+        EXPECT_EQ(atspi().waitForText(field, QStringLiteral("pastedpasted")), QStringLiteral("pastedpasted"));
+    };
+    auto mousepad = Program::mousepad(desktop());
+    tryMenu(mousepad);
+    mousepad.kill();
+    auto editor = Program::qtEditor(desktop());
+    tryMenu(editor);
+}
+
 TEST_F(KeyPosterOnX11, findsTheLetterInTheUsersLayoutAlsoInAnotherScript) {
     RecordingClient client(desktop(), foreign());
     desktop().setKeyboardLayout(QStringLiteral("fr"));
     EXPECT_TRUE(poster.post(command(KeyCode::a, client)));
     ASSERT_TRUE(client.waitForKeys(4));
     EXPECT_EQ(client.text(), "+Control_L +a -a -Control_L");
+    const auto french = client.keys()[1].code;
+    desktop().setKeyboardLayout(QStringLiteral("ru,us"));
+    client.clear();
+    EXPECT_TRUE(poster.post(command(KeyCode::a, client)));
+    ASSERT_TRUE(client.waitForKeys(4));
+    EXPECT_NE(client.keys()[1].code, french);
+    EXPECT_EQ(client.text(), "+Control_L +Cyrillic_ef -Cyrillic_ef -Control_L");
+}
+
+TEST_F(KeyPosterOnX11, withoutAnyLatinLettersCopyAndPasteGoByTheInsertKey) {
+    RecordingClient client(desktop(), foreign());
     desktop().setKeyboardLayout(QStringLiteral("ru"));
-    const auto latin = client.keys()[1].code;
+    EXPECT_TRUE(poster.post(command(KeyCode::c, client)));
+    ASSERT_TRUE(client.waitForKeys(4));
+    EXPECT_EQ(client.text(), "+Control_L +Insert -Insert -Control_L");
     client.clear();
     EXPECT_TRUE(poster.post(command(KeyCode::v, client)));
     ASSERT_TRUE(client.waitForKeys(4));
-    EXPECT_NE(client.keys()[1].code, latin);
-    EXPECT_EQ(client.text(), "+Control_L +Cyrillic_em -Cyrillic_em -Control_L");
+    EXPECT_EQ(client.text(), "+Shift_L +Insert -Insert -Shift_L");
+    EXPECT_FALSE(poster.post(command(KeyCode::a, client))) << "no key means select-all there";
+}
+
+TEST_F(KeyPosterOnX11, withoutAnyLatinLettersATerminalGetsNoKeys) {
+    auto options = foreign();
+    options.instance = "xfce4-terminal";
+    options.windowClass = "Xfce4-terminal";
+    RecordingClient client(desktop(), options);
+    desktop().setKeyboardLayout(QStringLiteral("ru"));
+    EXPECT_FALSE(poster.post(command(KeyCode::c, client)));
+    EXPECT_FALSE(poster.post(command(KeyCode::v, client)));
 }
 
 TEST_F(KeyPosterOnX11, terminalsGetTheirOwnCopyAndPasteKeys) {

@@ -42,6 +42,7 @@ TEST(X11Keymap, knowsTheKeysOfAUsKeyboard) {
     EXPECT_EQ(us.code("TAB"), 48);
     EXPECT_EQ(us.code("BKSP"), 51);
     EXPECT_EQ(us.code("ESC"), 53);
+    EXPECT_EQ(us.code("INS"), KeyCode::insert);
     EXPECT_EQ(us.code("LEFT"), 123);
     EXPECT_EQ(us.code("UP"), 126);
     EXPECT_EQ(us.code("FK01"), 122);
@@ -93,6 +94,13 @@ TEST(X11Keymap, anotherScriptTakesTheLatinGroupAndElseThePosition) {
     EXPECT_EQ(russian.code("AE01"), 18);
     const Layout german("de,ru");
     EXPECT_EQ(german.code("AD06", 1), 6);
+}
+
+TEST(X11Keymap, knowsWhetherAnyGroupHasLatinLetters) {
+    for (const char* layout : {"us", "fr", "cn", "us,ru", "ru,us"})
+        EXPECT_TRUE(Layout(layout).map->hasLatinLetters()) << layout;
+    for (const char* layout : {"ru", "gr", "ru,gr"})
+        EXPECT_FALSE(Layout(layout).map->hasLatinLetters()) << layout;
 }
 
 TEST(X11Keymap, eachGroupOfTwoLatinLayoutsHasItsOwnCodes) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 namespace veltrin {
 namespace {
 
@@ -153,6 +155,14 @@ TEST(AgentTeamManager, movesSlotsUpWhenAnAgentIsDeleted) {
     EXPECT_FALSE(world.names().contains(u"创意写作"_s)) << "a builtin agent can be deleted";
 }
 
+TEST(AgentTeamManager, takesOnlyTheDeletedAgentOutOfTheSlots) {
+    AgentWorld world;
+    world.manager().assignAgent(world.idOf(u"代码架构"_s), optimize, 0);
+    world.manager().assignAgent(world.idOf(u"创意写作"_s), optimize, 1);
+    world.manager().remove(world.manager().agents().front().id);  // the identifier in the list itself
+    EXPECT_EQ(world.slotNames(optimize).first(2), (QStringList{u"代码架构"_s, u"创意写作"_s}));
+}
+
 TEST(AgentTeamManager, findsAnotherFallbackWhenTheActiveAgentGoes) {
     AgentWorld world;
     world.manager().remove(world.idOf(u"产品思维"_s));
@@ -218,6 +228,14 @@ TEST(AgentTeamManager, raisesTheVersionAtEachUpdate) {
     EXPECT_EQ(stored->version, 2) << "counted from the version that was handed in";
     EXPECT_EQ(stored->updatedAt, world.now());
     EXPECT_EQ(stored->createdAt, agent.createdAt);
+}
+
+TEST(AgentTeamManager, leavesTheGreatestVersionAsItIs) {
+    AgentWorld world;
+    AgentProfile agent = world.manager().agents().back();
+    agent.version = std::numeric_limits<std::int64_t>::max();
+    world.manager().update(agent);
+    EXPECT_EQ(world.manager().agent(agent.id)->version, agent.version) << "a file may hold any number";
 }
 
 TEST(AgentTeamManager, duplicatesAnAgentAsTheUsersOwn) {

@@ -1,4 +1,5 @@
 #include "Data/AssetsStudio.h"
+#include "StoresFixture.h"
 #include "support/fake/TaskRunner.h"
 #include "support/fake/TaskWorld.h"
 
@@ -27,12 +28,6 @@ protected:
         prompt.createdAt = prompt.updatedAt = Date{world.runLoop.wallNow() - age};
         prompts.insert(prompt);
         return prompt;
-    }
-    static QStringList titles(const std::vector<StoredPrompt>& prompts) {
-        QStringList titles;
-        for (const StoredPrompt& each : prompts)
-            titles << each.title;
-        return titles;
     }
     QStringList shown(const QString& category, const QString& search = {}) {
         studio->selectedCategory = category;

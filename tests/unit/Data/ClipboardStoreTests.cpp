@@ -166,6 +166,19 @@ TEST_F(ClipboardStoreTest, deletingAndClearingAreWritten) {
     EXPECT_TRUE(store().entries().empty()) << "the list stays empty after a restart";
 }
 
+TEST_F(ClipboardStoreTest, deletingTakesEveryEntryOfTheIdentifier) {
+    auto former = store();
+    former.add(u"A"_s, {});
+    former.add(u"B"_s, {});
+    const ClipboardEntry twice = former.entries()[0];
+    put(u"clipboard.json"_s, *writeRecords<ClipboardEntry>({twice, former.entries()[1], twice}));
+    auto clipboard = store();
+    ASSERT_EQ(texts(clipboard), (QStringList{u"B"_s, u"A"_s, u"B"_s}));
+    clipboard.deleteEntry(clipboard.entries()[0].id);
+    EXPECT_EQ(texts(clipboard), QStringList{u"A"_s});
+    EXPECT_EQ(texts(store()), QStringList{u"A"_s});
+}
+
 TEST_F(ClipboardStoreTest, searchLooksIntoTextAndApplication) {
     auto clipboard = store();
     clipboard.add(u"Hello"_s, u"Mail"_s);

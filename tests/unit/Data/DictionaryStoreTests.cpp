@@ -109,6 +109,18 @@ TEST_F(DictionaryStoreTest, updateReplacesTheTermOfThatIdentifierOnly) {
     EXPECT_EQ(told, 0);
 }
 
+TEST_F(DictionaryStoreTest, deletingTakesEveryTermOfTheIdentifierAndAddingReplacesTheFirstAlike) {
+    const DictionaryTerm twin = term(u"Twin"_s);
+    put(u"dictionary_terms.json"_s, *writeRecords<DictionaryTerm>({twin, term(u"other"_s), twin}));
+    auto dictionary = store();
+    dictionary.add(term(u"TWIN"_s));
+    EXPECT_EQ(words(dictionary.terms()), (QStringList{u"TWIN"_s, u"other"_s, u"Twin"_s}));
+    dictionary.add(twin);
+    dictionary.deleteTerm(twin.id);
+    EXPECT_EQ(words(dictionary.terms()), QStringList{u"other"_s});
+    EXPECT_EQ(words(store().terms()), QStringList{u"other"_s});
+}
+
 TEST_F(DictionaryStoreTest, searchLooksIntoWordMeaningContextAndAliases) {
     auto dictionary = store();
     auto other = term(u"Veltrin"_s, u"一个程序"_s);

@@ -1,7 +1,6 @@
 #include "AI/AgentTeamManager.h"
 #include "Data/DataStore.h"
 #include "Data/ExportImportManager.h"
-#include "Data/PromptStore.h"
 #include "StoresFixture.h"
 #include "support/fake/FakeDesktop.h"
 
@@ -19,18 +18,16 @@ protected:
         explicit Launch(ExportImportManagerTest& test)
             : data(test.folder(), test.loop, test.desktop.pasteboard, test.desktop.workspace,
                    test.desktop.preferences),
-              prompts(test.folder(), test.loop),
               agents(test.folder(), test.desktop.preferences, test.loop),
-              manager(test.loop, data, prompts, agents) {}
+              manager(test.loop, data, agents) {}
         DataStore data;
-        PromptStore prompts;
         AgentTeamManager agents;
         ExportImportManager manager;
     };
     void empty(Launch& launch) {
         launch.data.dictionary.deleteTerm(launch.data.dictionary.terms()[0].id);
-        while (!launch.prompts.prompts().empty())
-            launch.prompts.deletePrompt(launch.prompts.prompts()[0].id);
+        while (!launch.data.prompts.prompts().empty())
+            launch.data.prompts.deletePrompt(launch.data.prompts.prompts()[0].id);
     }
 
     FakeDesktop desktop;

@@ -10,6 +10,7 @@
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -27,6 +28,22 @@ inline constexpr auto recordFields<Line> =
 namespace {
 
 using namespace Qt::StringLiterals;
+
+/// Lets nothing be opened while it lives: to a writer, that is a disk that has become read-only.
+class ReadOnlyDisk {
+public:
+    ReadOnlyDisk() {
+        getrlimit(RLIMIT_NOFILE, &former_);
+        const rlimit none{0, former_.rlim_max};
+        setrlimit(RLIMIT_NOFILE, &none);
+    }
+    ~ReadOnlyDisk() { setrlimit(RLIMIT_NOFILE, &former_); }
+    ReadOnlyDisk(const ReadOnlyDisk&) = delete;
+    ReadOnlyDisk& operator=(const ReadOnlyDisk&) = delete;
+
+private:
+    rlimit former_{};
+};
 
 class JSONStoreTest : public testing::Test {
 protected:
@@ -174,6 +191,36 @@ TEST_F(JSONStoreTest, aFullDiskLeavesTheOldFileWhole) {
     EXPECT_EQ(store().load(), many);
 }
 
+TEST_F(JSONStoreTest, aDiskThatHasBecomeReadOnlyLeavesTheOldFileWhole) {
+    auto stuck = store();
+    ASSERT_TRUE(stuck.persist(lines));
+    {
+        const ReadOnlyDisk disk;
+        EXPECT_FALSE(stuck.persist({}));
+    }
+    EXPECT_EQ(store().load(), lines);
+    EXPECT_EQ(files(), QStringList{u"lines.json"_s});
+    EXPECT_TRUE(stuck.persist({})) << "the next change carries what failed";
+    EXPECT_TRUE(store().load().empty());
+}
+
+TEST_F(JSONStoreTest, aRecordThatStandsTwiceIsReadTwice) {
+    put(R"([{"text":"x","at":"2026-11-21T10:00:00Z"},{"text":"x","at":"2026-11-21T10:00:00Z"}])");
+    EXPECT_EQ(store().load(), (std::vector<Line>(2, {u"x"_s, Date{1795255200}})));
+}
+
+TEST_F(JSONStoreTest, ofAMemberThatStandsTwiceTheLastCounts) {
+    put(R"([{"text":7,"text":"first","at":"2026-11-21T10:00:00Z","text":"last"}])");
+    ASSERT_EQ(store().load().size(), 1U);
+    EXPECT_EQ(store().load()[0].text, u"last"_s);
+}
+
+TEST_F(JSONStoreTest, aTextThatBeginsWithAMarkOfByteOrderComesBack) {
+    const std::vector<Line> marked{{u"\ufeffcopied out of a file"_s, Date{0}}};
+    ASSERT_TRUE(store().persist(marked));
+    EXPECT_EQ(store().load(), marked);
+}
+
 TEST_F(JSONStoreTest, aBrokenFileIsKeptOnceAlsoWhenTheWriteAfterItFails) {
     put("broken");
     auto full = store();
@@ -256,6 +303,11 @@ TEST(DataDirectory, isMadeAtFirstUseForTheUserAlone) {
     struct stat info {};
     ASSERT_EQ(stat(QFile::encodeName(folder).constData(), &info), 0);
     EXPECT_EQ(info.st_mode & 07777, 0700U);
+}
+
+TEST(DataDirectory, aDesktopWithoutAFolderForDataIsFatal) {
+    const FakeSystemEnvironment environment;
+    EXPECT_DEATH(appSupportDir(environment), "no folder for application data");
 }
 
 TEST(DataDirectory, aFolderThatCannotBeMadeIsNoError) {

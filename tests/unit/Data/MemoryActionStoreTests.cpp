@@ -25,12 +25,6 @@ protected:
     void putActions(const std::vector<MemoryActionPreset>& actions) {
         put(u"memory_actions.json"_s, *writeRecords(actions));
     }
-    static QStringList titles(const std::vector<MemoryActionPreset>& actions) {
-        QStringList titles;
-        for (const MemoryActionPreset& each : actions)
-            titles << each.title;
-        return titles;
-    }
 
     FakePreferences preferences;
 };

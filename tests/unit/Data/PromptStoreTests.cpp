@@ -1,32 +1,15 @@
 #include "Data/PromptStore.h"
+#include "StoresFixture.h"
 #include "support/RecordLaws.h"
-#include "support/fake/FakeRunLoop.h"
-
-#include <QDir>
-#include <QFile>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
 
 namespace veltrin {
 namespace {
 
 using namespace Qt::StringLiterals;
 
-class PromptStoreTest : public testing::Test {
+class PromptStoreTest : public StoresFixture {
 protected:
-    QString folder() const { return temporary_.filePath(u"Veltrin"_s); }
-    QString path() const { return folder() + u"/prompts.json"_s; }
-    void put(const QByteArray& bytes) const {
-        QDir().mkpath(folder());
-        QFile file(path());
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        ASSERT_EQ(file.write(bytes), bytes.size());
-    }
-    QByteArray written() const {
-        QFile file(path());
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no file");
-    }
+    PromptStore store() { return PromptStore(folder(), loop); }
     static StoredPrompt prompt(const QString& title, const QString& content = u"正文"_s) {
         StoredPrompt prompt;
         prompt.id = QUuid::createUuid();
@@ -34,21 +17,12 @@ protected:
         prompt.content = content;
         return prompt;
     }
-    static QStringList titles(const std::vector<StoredPrompt>& prompts) {
-        QStringList titles;
-        for (const StoredPrompt& each : prompts)
-            titles << each.title;
-        return titles;
-    }
 
-    FakeRunLoop runLoop;
-
-private:
-    QTemporaryDir temporary_;
+    const QString name = u"prompts.json"_s;
 };
 
 TEST_F(PromptStoreTest, anEmptyLibraryGetsItsTenSeeds) {
-    const PromptStore seeded(folder(), runLoop);
+    const auto seeded = store();
     const auto& prompts = seeded.prompts();
     EXPECT_EQ(titles(prompts),
               (QStringList{u"赛博朋克城市"_s, u"水墨山水"_s, u"产品概念图"_s, u"电影开场镜头"_s,
@@ -62,7 +36,7 @@ TEST_F(PromptStoreTest, anEmptyLibraryGetsItsTenSeeds) {
         EXPECT_EQ(each.source, u"manual"_s);
         EXPECT_EQ(each.tags.size(), 2);
         EXPECT_FALSE(each.userRating || each.imageFilename);
-        EXPECT_EQ(each.createdAt.secondsSince1970, runLoop.wallNow());
+        EXPECT_EQ(each.createdAt.secondsSince1970, loop.wallNow());
         EXPECT_EQ(each.updatedAt, each.createdAt);
         EXPECT_FALSE(each.id.isNull());
     }
@@ -70,123 +44,123 @@ TEST_F(PromptStoreTest, anEmptyLibraryGetsItsTenSeeds) {
               u"painting painting painting video chat code writing business favorites favorites"_s);
     EXPECT_EQ(prompts[2].tags, (QStringList{u"DALL·E"_s, u"设计"_s}));
     EXPECT_EQ(prompts[9].content, u"Let's think step by step. 强制模型逐步推理，减少幻觉，提升准确率"_s);
-    EXPECT_EQ(PromptStore(folder(), runLoop).prompts(), prompts) << "the seeds were written";
+    EXPECT_EQ(store().prompts(), prompts) << "the seeds were written";
 }
 
 TEST_F(PromptStoreTest, anOldRecordOfThreeFieldsLoadsWithEveryDefault) {
-    put(R"([{"id":"E621E1F8-C36C-495A-93FC-0C247A3E6E5F","title":"旧","content":"文"}])");
-    const PromptStore loaded(folder(), runLoop);
+    put(name, R"([{"id":"E621E1F8-C36C-495A-93FC-0C247A3E6E5F","title":"旧","content":"文"}])");
+    const auto loaded = store();
     ASSERT_EQ(loaded.prompts().size(), 1U);
     StoredPrompt expected = prompt(u"旧"_s, u"文"_s);
     expected.id = QUuid(u"E621E1F8-C36C-495A-93FC-0C247A3E6E5F"_s);
-    expected.createdAt = expected.updatedAt = Date{runLoop.wallNow()};
+    expected.createdAt = expected.updatedAt = Date{loop.wallNow()};
     EXPECT_EQ(loaded.prompts()[0], expected);
     EXPECT_EQ(expected.categoryTag, u"general"_s);
     EXPECT_EQ(expected.source, u"manual"_s);
 }
 
 TEST_F(PromptStoreTest, aRecordWithoutATitleMakesTheFileReadAsEmpty) {
-    put(R"([{"id":"E621E1F8-C36C-495A-93FC-0C247A3E6E5F","content":"文"}])");
-    const PromptStore seeded(folder(), runLoop);
+    put(name, R"([{"id":"E621E1F8-C36C-495A-93FC-0C247A3E6E5F","content":"文"}])");
+    const auto seeded = store();
     EXPECT_EQ(seeded.prompts().size(), 10U) << "and so the seeds run";
-    EXPECT_TRUE(QFile::exists(path() + u".unreadable"_s)) << "what was there is kept aside";
+    EXPECT_TRUE(QFile::exists(path(name + u".unreadable"_s))) << "what was there is kept aside";
 }
 
 TEST_F(PromptStoreTest, aNewPromptStandsInFrontAndIsWritten) {
-    PromptStore store(folder(), runLoop);
+    auto library = store();
     int changes = 0;
-    const auto subscription = store.changed().subscribe([&] { ++changes; });
-    store.insert(prompt(u"新"_s));
-    EXPECT_EQ(store.prompts().front().title, u"新"_s);
-    EXPECT_EQ(store.prompts().size(), 11U);
+    const auto subscription = library.changed().subscribe([&] { ++changes; });
+    library.insert(prompt(u"新"_s));
+    EXPECT_EQ(library.prompts().front().title, u"新"_s);
+    EXPECT_EQ(library.prompts().size(), 11U);
     EXPECT_EQ(changes, 1);
-    EXPECT_EQ(PromptStore(folder(), runLoop).prompts().size(), 11U);
-    EXPECT_TRUE(written().contains("\"isFavorite\" : false"));
+    EXPECT_EQ(store().prompts().size(), 11U);
+    EXPECT_TRUE(bytesOf(name).contains("\"isFavorite\" : false"));
 }
 
 TEST_F(PromptStoreTest, anUpdateIsDatedAndOfAnUnknownIdNothing) {
-    PromptStore store(folder(), runLoop);
+    auto library = store();
     int changes = 0;
-    const auto subscription = store.changed().subscribe([&] { ++changes; });
-    runLoop.advance(100);
-    StoredPrompt changed = store.prompts()[1];
+    const auto subscription = library.changed().subscribe([&] { ++changes; });
+    loop.advance(100);
+    StoredPrompt changed = library.prompts()[1];
     changed.title = u"水墨"_s;
-    store.update(changed);
-    EXPECT_EQ(store.prompts()[1].title, u"水墨"_s);
-    EXPECT_EQ(store.prompts()[1].updatedAt.secondsSince1970, runLoop.wallNow());
-    EXPECT_EQ(store.prompts()[1].createdAt, changed.createdAt);
+    library.update(changed);
+    EXPECT_EQ(library.prompts()[1].title, u"水墨"_s);
+    EXPECT_EQ(library.prompts()[1].updatedAt.secondsSince1970, loop.wallNow());
+    EXPECT_EQ(library.prompts()[1].createdAt, changed.createdAt);
     EXPECT_EQ(changes, 1);
-    const QByteArray before = written();
-    store.update(prompt(u"无"_s));
+    const QByteArray before = bytesOf(name);
+    library.update(prompt(u"无"_s));
     EXPECT_EQ(changes, 1);
-    EXPECT_EQ(written(), before);
+    EXPECT_EQ(bytesOf(name), before);
 }
 
 TEST_F(PromptStoreTest, removesEveryPromptWithTheId) {
-    PromptStore store(folder(), runLoop);
+    auto library = store();
     StoredPrompt twin = prompt(u"孪生"_s);
-    store.insert(twin);
-    store.insert(twin);
-    EXPECT_EQ(titles(store.search(u"孪生"_s)).size(), 2);
-    store.deletePrompt(twin.id);
-    EXPECT_EQ(store.prompts().size(), 10U);
-    EXPECT_TRUE(store.search(u"孪生"_s).empty());
-    EXPECT_EQ(store.find(twin.id), nullptr);
-    EXPECT_EQ(PromptStore(folder(), runLoop).prompts().size(), 10U);
+    library.insert(twin);
+    library.insert(twin);
+    EXPECT_EQ(titles(library.search(u"孪生"_s)).size(), 2);
+    library.deletePrompt(twin.id);
+    EXPECT_EQ(library.prompts().size(), 10U);
+    EXPECT_TRUE(library.search(u"孪生"_s).empty());
+    EXPECT_EQ(library.find(twin.id), nullptr);
+    EXPECT_EQ(store().prompts().size(), 10U);
 }
 
 TEST_F(PromptStoreTest, aLibraryThatWasEmptiedIsSeededAtTheNextLaunch) {
-    PromptStore store(folder(), runLoop);
-    while (!store.prompts().empty())
-        store.deletePrompt(store.prompts().front().id);
-    EXPECT_EQ(readRecords<StoredPrompt>(written()), std::vector<StoredPrompt>());
-    EXPECT_EQ(PromptStore(folder(), runLoop).prompts().size(), 10U);
+    auto library = store();
+    while (!library.prompts().empty())
+        library.deletePrompt(library.prompts().front().id);
+    EXPECT_EQ(readRecords<StoredPrompt>(bytesOf(name)), std::vector<StoredPrompt>());
+    EXPECT_EQ(store().prompts().size(), 10U);
 }
 
 TEST_F(PromptStoreTest, searchesTitleContentAndTagsInAnyCase) {
-    PromptStore store(folder(), runLoop);
-    EXPECT_EQ(titles(store.search(u"swot"_s)), QStringList{u"SWOT 分析框架"_s});
-    EXPECT_EQ(titles(store.search(u"STUDIO Lighting"_s)), QStringList{u"产品概念图"_s});
-    EXPECT_EQ(titles(store.search(u"mj"_s)), QStringList{u"赛博朋克城市"_s});
-    EXPECT_EQ(titles(store.search(u"分析"_s)), (QStringList{u"代码审查专家"_s, u"SWOT 分析框架"_s}));
-    EXPECT_EQ(store.search(QString()).size(), 10U);
-    EXPECT_TRUE(store.search(u" "_s).size() < 10U) << "a blank is a query";
-    EXPECT_TRUE(store.search(u"没有的"_s).empty());
+    auto library = store();
+    EXPECT_EQ(titles(library.search(u"swot"_s)), QStringList{u"SWOT 分析框架"_s});
+    EXPECT_EQ(titles(library.search(u"STUDIO Lighting"_s)), QStringList{u"产品概念图"_s});
+    EXPECT_EQ(titles(library.search(u"mj"_s)), QStringList{u"赛博朋克城市"_s});
+    EXPECT_EQ(titles(library.search(u"分析"_s)), (QStringList{u"代码审查专家"_s, u"SWOT 分析框架"_s}));
+    EXPECT_EQ(library.search(QString()).size(), 10U);
+    EXPECT_TRUE(library.search(u" "_s).size() < 10U) << "a blank is a query";
+    EXPECT_TRUE(library.search(u"没有的"_s).empty());
 }
 
 TEST_F(PromptStoreTest, aSearchAfterAChangeFindsTheNewText) {
-    PromptStore store(folder(), runLoop);
-    store.prepareSearch();
-    store.insert(prompt(u"Neu"_s));
-    EXPECT_EQ(store.matches(u"neu"_s), std::vector<std::size_t>{0});
-    StoredPrompt changed = store.prompts()[0];
+    auto library = store();
+    library.prepareSearch();
+    library.insert(prompt(u"Neu"_s));
+    EXPECT_EQ(library.matches(u"neu"_s), std::vector<std::size_t>{0});
+    StoredPrompt changed = library.prompts()[0];
     changed.title = u"Anders"_s;
-    store.update(changed);
-    EXPECT_TRUE(store.matches(u"neu"_s).empty());
-    EXPECT_EQ(store.matches(u"anders"_s), std::vector<std::size_t>{0});
-    EXPECT_EQ(store.matches(u"赛博"_s), std::vector<std::size_t>{1});
-    store.deletePrompt(changed.id);
-    EXPECT_EQ(store.matches(u"赛博"_s), std::vector<std::size_t>{0});
+    library.update(changed);
+    EXPECT_TRUE(library.matches(u"neu"_s).empty());
+    EXPECT_EQ(library.matches(u"anders"_s), std::vector<std::size_t>{0});
+    EXPECT_EQ(library.matches(u"赛博"_s), std::vector<std::size_t>{1});
+    library.deletePrompt(changed.id);
+    EXPECT_EQ(library.matches(u"赛博"_s), std::vector<std::size_t>{0});
 }
 
 TEST_F(PromptStoreTest, aPictureHasAnAddressOnlyWhenItIsInTheFolder) {
-    const PromptStore store(folder(), runLoop);
-    EXPECT_EQ(store.imagesDir(), folder() + u"/images"_s);
-    EXPECT_FALSE(store.imageURL(u"a.png"_s));
-    QDir().mkpath(store.imagesDir() + u"/sub"_s);
-    QFile file(store.imagesDir() + u"/a.png"_s);
+    const auto library = store();
+    EXPECT_EQ(library.imagesDir(), folder() + u"/images"_s);
+    EXPECT_FALSE(library.imageURL(u"a.png"_s));
+    QDir().mkpath(library.imagesDir() + u"/sub"_s);
+    QFile file(library.imagesDir() + u"/a.png"_s);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    EXPECT_EQ(store.imageURL(u"a.png"_s), QUrl::fromLocalFile(file.fileName()));
+    EXPECT_EQ(library.imageURL(u"a.png"_s), QUrl::fromLocalFile(file.fileName()));
     for (const QString& other : {u""_s, u"."_s, u".."_s, u"sub"_s, u"../prompts.json"_s, u"sub/../a.png"_s})
-        EXPECT_FALSE(store.imageURL(other)) << qPrintable(other);
+        EXPECT_FALSE(library.imageURL(other)) << qPrintable(other);
 }
 
 TEST_F(PromptStoreTest, worksFromMemoryWhereNothingCanBeWritten) {
     QFile file(folder());
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    PromptStore store(folder(), runLoop);
-    store.insert(prompt(u"新"_s));
-    EXPECT_EQ(store.prompts().size(), 11U);
+    auto library = store();
+    library.insert(prompt(u"新"_s));
+    EXPECT_EQ(library.prompts().size(), 11U);
 }
 
 TEST(StoredPrompt, keepsTheLawsOfRecords) {

@@ -8,7 +8,18 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
 namespace veltrin {
+
+/// The titles of records, in their order.
+template <typename R>
+QStringList titles(const std::vector<R>& records) {
+    QStringList titles;
+    for (const R& each : records)
+        titles << each.title;
+    return titles;
+}
 
 /// A data directory of the test's own and a clock.
 class StoresFixture : public testing::Test {

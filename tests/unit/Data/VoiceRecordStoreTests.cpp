@@ -51,6 +51,17 @@ TEST_F(VoiceRecordStoreTest, deletingARecordRemovesItsAudio) {
     EXPECT_EQ(store().records()[0].transcript, u"b"_s);
 }
 
+TEST_F(VoiceRecordStoreTest, deletingTakesEveryRecordOfTheIdentifier) {
+    VoiceRecord twice;
+    twice.id = QUuid::createUuid();
+    put(u"voice_records.json"_s, *writeRecords<VoiceRecord>({twice, twice}));
+    auto voice = store();
+    ASSERT_EQ(voice.records().size(), 2U);
+    voice.deleteRecord(twice.id);
+    EXPECT_TRUE(voice.records().empty());
+    EXPECT_TRUE(store().records().empty());
+}
+
 TEST_F(VoiceRecordStoreTest, theCapKeepsTheAudioOfWhatItCutsAway) {
     putAudio(u"oldest.m4a"_s);
     auto voice = store();

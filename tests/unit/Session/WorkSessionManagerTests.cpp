@@ -92,9 +92,32 @@ TEST_F(WorkSessionTest, withNoStoredDateTheDayBegins) {
 
 TEST_F(WorkSessionTest, overMidnightItGoesOnCountingIntoTheOldDay) {
     const auto session = launch();
+    const QString oldDay = today();
     session->todayAICalls.set(3);
     loop.advance(25 * 3600.0);
     EXPECT_EQ(session->todayAICalls(), 3);
+    session->persistAll();
+    EXPECT_EQ(preferences.string(u"ws_today_date"_s), oldDay);
+    EXPECT_EQ(launch()->todayAICalls(), 0) << "which the next launch finds to be over";
+    EXPECT_EQ(preferences.string(u"ws_today_date"_s), today());
+}
+
+TEST_F(WorkSessionTest, allCountersAreWrittenAndReadBack) {
+    const auto session = launch();
+    int number = 0;
+    const auto all = {&WorkSessionManager::todayKeystrokes,     &WorkSessionManager::todayAICalls,
+                      &WorkSessionManager::todayWordsProcessed, &WorkSessionManager::todayPomodorosCompleted,
+                      &WorkSessionManager::todayBreaksTaken,    &WorkSessionManager::usageOptimize,
+                      &WorkSessionManager::usageTranslate,      &WorkSessionManager::usageVoice,
+                      &WorkSessionManager::usageDrag,           &WorkSessionManager::usageSmartSelect,
+                      &WorkSessionManager::usageReverse};
+    for (const auto member : all)
+        ((*session).*member).set(++number);
+    session->persistAll();
+    const auto again = launch();
+    number = 0;
+    for (const auto member : all)
+        EXPECT_EQ(((*again).*member)(), ++number);
 }
 
 TEST_F(WorkSessionTest, storedNumbersOfAnySizeAreNoHarm) {
@@ -266,6 +289,22 @@ TEST_F(WorkSessionTest, theUsageChartHoldsWhatWasUsed) {
     EXPECT_EQ(session->usageSlices(),
               (std::vector<UsageSlice>{{u"翻译"_s, 1, u"#A7F3D0"_s}, {u"反推"_s, 2, u"#FED7AA"_s}}));
     EXPECT_EQ(session->totalFeatureUsage(), 3);
+    for (auto* usage :
+         {&session->usageOptimize, &session->usageVoice, &session->usageDrag, &session->usageSmartSelect})
+        usage->set(1);
+    EXPECT_EQ(session->usageSlices(), (std::vector<UsageSlice>{{u"优化"_s, 1, u"#FFE066"_s},
+                                                               {u"翻译"_s, 1, u"#A7F3D0"_s},
+                                                               {u"语音"_s, 1, u"#DDD6FE"_s},
+                                                               {u"拖拽"_s, 1, u"#FBCFE8"_s},
+                                                               {u"选中"_s, 1, u"#BAE6FD"_s},
+                                                               {u"反推"_s, 2, u"#FED7AA"_s}}));
+    EXPECT_EQ(session->totalFeatureUsage(), 7);
+}
+
+TEST(PomodoroState, isStoredByTheNamesOfItsCases) {
+    EXPECT_EQ(rawValue(PomodoroState::idle), u"idle"_s);
+    EXPECT_EQ(rawValue(PomodoroState::focus), u"focus"_s);
+    EXPECT_EQ(rawValue(PomodoroState::shortBreak), u"shortBreak"_s);
 }
 
 TEST_F(WorkSessionTest, observersAreTold) {

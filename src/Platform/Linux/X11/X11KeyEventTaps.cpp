@@ -1,5 +1,6 @@
 #include "Platform/Linux/X11/X11KeyEventTaps.h"
 
+#include "Foundation/MVPLog.h"
 #include "Platform/Linux/X11/KeyQuestions.h"
 #include "Platform/Linux/X11/X11Connection.h"
 #include "Platform/Linux/X11/X11KeyListener.h"
@@ -11,6 +12,9 @@
 
 namespace veltrin {
 namespace {
+
+/// Seconds.
+constexpr double restartDelay = 0.1;
 
 struct TapState {
     KeyEventMask mask = KeyEventMask::keyDown;
@@ -42,7 +46,8 @@ struct TapState {
 /// What the taps share: the list of them and the listening thread. Main thread.
 class X11KeyEventTaps::Switchboard : public std::enable_shared_from_this<Switchboard> {
 public:
-    Switchboard(RunLoop& runLoop, QByteArray display) : runLoop_(runLoop), display_(std::move(display)) {}
+    Switchboard(RunLoop& runLoop, QByteArray display, std::chrono::milliseconds answerLimit)
+        : runLoop_(runLoop), display_(std::move(display)), answerLimit_(answerLimit) {}
 
     bool start() {
         if (listener_) return true;
@@ -51,7 +56,12 @@ public:
                 const auto self = weak.lock();
                 return !self || self->dispatch(event);
             });
-        listener_ = X11KeyListener::start(display_, *questions_);
+        listener_ =
+            X11KeyListener::start(display_, *questions_, answerLimit_, [this, weak = weak_from_this()] {
+                runLoop_.post([weak] {
+                    if (const auto self = weak.lock()) self->restartSoon();
+                });
+            });
         return listener_ != nullptr;
     }
     void stop() {
@@ -69,6 +79,15 @@ public:
         if (listener_) listener_->letGo(limit);
     }
 
+    void setSilent(bool silent) {
+        if (silent == isSilent_) return;
+        isSilent_ = silent;
+        // What was typed before is as little the taps' as after a pause.
+        for (const auto& tap : taps_)
+            tap->enabledAt = now();
+        changed();
+    }
+
     void add(std::shared_ptr<TapState> tap) { taps_.insert(taps_.begin(), std::move(tap)); }
     void remove(const std::shared_ptr<TapState>& tap) {
         tap->gone = true;
@@ -80,7 +99,7 @@ public:
         bool listening = false;
         std::vector<ClaimableKey> claimable;
         for (const auto& tap : taps_) {
-            if (!tap->isOn()) continue;
+            if (isSilent_ || !tap->isOn()) continue;
             listening = true;
             for (const auto& key : tap->claimable) {
                 if (std::find(claimable.begin(), claimable.end(), key) == claimable.end())
@@ -92,8 +111,22 @@ public:
     std::uint64_t now() const { return static_cast<std::uint64_t>(std::floor(runLoop_.now() * 1000)); }
 
 private:
+    /// The connection is lost while the server may well be there: something ended it, for one the key guard
+    /// while this process stood still.
+    void restartSoon() {
+        runLoop_.afterDetached(restartDelay, [weak = weak_from_this()] {
+            const auto self = weak.lock();
+            if (!self || !self->listener_) return;
+            self->stop();
+            const bool again = self->start();
+            MVPLog::write("Key listening lost; started again:", again);
+            self->changed();
+        });
+    }
+
     /// Whether the event goes on. A handler may make, change and destroy taps.
     bool dispatch(const KeyEvent& event) {
+        if (isSilent_) return true;
         const auto taps = taps_;
         for (const auto& tap : taps) {
             if (!tap->takes(event)) continue;
@@ -106,6 +139,8 @@ private:
 
     RunLoop& runLoop_;
     QByteArray display_;
+    std::chrono::milliseconds answerLimit_;
+    bool isSilent_ = false;
     std::vector<std::shared_ptr<TapState>> taps_;  ///< newest first
     std::unique_ptr<KeyQuestions> questions_;
     std::unique_ptr<X11KeyListener> listener_;
@@ -147,8 +182,8 @@ private:
     std::shared_ptr<TapState> state_;
 };
 
-X11KeyEventTaps::X11KeyEventTaps(RunLoop& runLoop, QByteArray display)
-    : switchboard_(std::make_shared<Switchboard>(runLoop, std::move(display))) {
+X11KeyEventTaps::X11KeyEventTaps(RunLoop& runLoop, QByteArray display, std::chrono::milliseconds answerLimit)
+    : switchboard_(std::make_shared<Switchboard>(runLoop, std::move(display), answerLimit)) {
 }
 
 X11KeyEventTaps::~X11KeyEventTaps() {
@@ -169,6 +204,9 @@ bool X11KeyEventTaps::preflightListenEventAccess() const {
 }
 bool X11KeyEventTaps::requestListenEventAccess() {
     return preflightListenEventAccess();
+}
+void X11KeyEventTaps::setSilent(bool silent) {
+    switchboard_->setSilent(silent);
 }
 void X11KeyEventTaps::letGo(std::chrono::milliseconds limit) {
     switchboard_->letGo(limit);

@@ -10,36 +10,36 @@ void X11KeyHold::allow(std::uint8_t mode) {
 }
 
 /// Ends our grab and gives the frozen event to the application it was meant for.
-void X11KeyHold::replay() {
+void X11KeyHold::replay(xcb_timestamp_t time) {
     allow(XCB_INPUT_EVENT_MODE_REPLAY_DEVICE);
     activator_ = 0;
     ownGrab_ = false;
-    hold();
+    hold(time);
 }
 
 /// Takes the keyboard again when no passive grab has it any more but a swallowed key is still down, whose
-/// release must not reach an application.
-void X11KeyHold::hold() {
+/// release must not reach an application. `time` is that of the event decided last.
+void X11KeyHold::hold(xcb_timestamp_t time) {
     active_ = activator_ != 0 || ownGrab_;
     if (swallowed_.none() || active_) return;
-    const std::uint32_t events = XCB_INPUT_XI_EVENT_MASK_KEY_PRESS | XCB_INPUT_XI_EVENT_MASK_KEY_RELEASE;
     auto* xcb = connection_.xcb();
-    const auto cookie =
-        xcb_input_xi_grab_device(xcb, connection_.root(), XCB_CURRENT_TIME, XCB_NONE, grabs_.device(),
-                                 XCB_GRAB_MODE_SYNC, XCB_GRAB_MODE_ASYNC, 0, 1, &events);
-    // Asked while the keyboard stands still: a release that was waiting behind the replayed event has gone to
-    // the application already, and is not to be waited for.
-    const auto keymap = xcb_query_keymap(xcb);
+    // Keys that were typed while the keyboard stood still are played as soon as it is set free, and one of
+    // them may have stopped it again. To grab over that would lose it; its own turn comes next. A release of
+    // a swallowed key among them has gone to the application: nothing on X11 can keep that one.
+    const auto whatIsDown = [&] { return xcb_query_keymap(xcb); };
+    if (anotherWaits_()) return forgetReleased(whatIsDown());
+    const std::uint32_t events = XCB_INPUT_XI_EVENT_MASK_KEY_PRESS | XCB_INPUT_XI_EVENT_MASK_KEY_RELEASE;
+    const auto cookie = xcb_input_xi_grab_device(xcb, connection_.root(), time, XCB_NONE, grabs_.device(),
+                                                 XCB_GRAB_MODE_SYNC, XCB_GRAB_MODE_ASYNC, 0, 1, &events);
+    const auto down = whatIsDown();
     const X11Reply<xcb_input_xi_grab_device_reply_t> reply(
         xcb_input_xi_grab_device_reply(xcb, cookie, nullptr));
-    const X11Reply<xcb_query_keymap_reply_t> down(xcb_query_keymap_reply(xcb, keymap, nullptr));
-    // Somebody else holds the keyboard: the release goes to them.
-    if (!reply || reply->status != XCB_GRAB_STATUS_SUCCESS || !down) {
-        swallowed_.reset();
+    forgetReleased(down);
+    if (!reply || reply->status != XCB_GRAB_STATUS_SUCCESS) {
+        // A key that came in between has stopped the keyboard for us: the grab is refused by its time. Else
+        // somebody else holds the keyboard, and the release goes to them.
+        if (!anotherWaits_()) swallowed_.reset();
         return;
-    }
-    for (unsigned key = 8; key < 256; ++key) {
-        if ((down->keys[key / 8] & (1U << (key % 8))) == 0) swallowed_.reset(key);
     }
     if (swallowed_.none()) {
         ungrabDevice();
@@ -48,6 +48,13 @@ void X11KeyHold::hold() {
     ownGrab_ = true;
     active_ = true;
     allow(XCB_INPUT_EVENT_MODE_SYNC_DEVICE);
+}
+
+void X11KeyHold::forgetReleased(xcb_query_keymap_cookie_t asked) {
+    const X11Reply<xcb_query_keymap_reply_t> down(xcb_query_keymap_reply(connection_.xcb(), asked, nullptr));
+    for (unsigned key = 8; key < 256; ++key) {
+        if (!down || (down->keys[key / 8] & (1U << (key % 8))) == 0) swallowed_.reset(key);
+    }
 }
 
 void X11KeyHold::ungrabDevice() {
@@ -62,11 +69,15 @@ void X11KeyHold::press(const Event& event, const std::function<bool()>& ask,
                        const std::function<void()>& tell) {
     std::unique_lock lock(mutex_);
     if (grabs_.isGuarded(event.key)) {
-        // A repeat of a swallowed key that the keyboard was taken from: eaten without holding anything.
-        ungrabDevice();
-        lock.unlock();
-        tell();
-        return;
+        if (event.isRepeat) {
+            // A repeat of a swallowed key that the keyboard was taken from: eaten without holding anything.
+            ungrabDevice();
+            lock.unlock();
+            tell();
+            return;
+        }
+        // Pressed anew: its release came while nobody told us of it.
+        grabs_.unguard(event.key);
     }
     if (!active_) {
         activator_ = event.key;
@@ -81,7 +92,7 @@ void X11KeyHold::press(const Event& event, const std::function<bool()>& ask,
         return;
     }
     if (!event.claimable) {
-        replay();
+        replay(event.time);
         lock.unlock();
         if (!event.isModifier) tell();
         return;
@@ -92,7 +103,7 @@ void X11KeyHold::press(const Event& event, const std::function<bool()>& ask,
     lock.lock();
     asking_ = false;
     if (passes) {
-        replay();
+        replay(event.time);
     } else if (!event.isRepeat) {
         swallowed_.set(event.key);
         allow(XCB_INPUT_EVENT_MODE_SYNC_DEVICE);
@@ -108,13 +119,15 @@ void X11KeyHold::press(const Event& event, const std::function<bool()>& ask,
 
 bool X11KeyHold::release(const Event& event) {
     const std::lock_guard lock(mutex_);
+    // Sent to us just before the keyboard was let go: no raw event of it follows.
+    grabs_.unguard(event.key);
     if (swallowed_.test(event.key)) {
         swallowed_.reset(event.key);
         if (event.key == activator_) {
-            // The server ends a passive grab with the release of the key that began it.
+            // The server ends a passive grab with the release of the key that began it, and sets the keyboard
+            // free. To ask for that here would set free the next key that has stopped it meanwhile.
             activator_ = 0;
-            allow(XCB_INPUT_EVENT_MODE_ASYNC_DEVICE);
-            hold();
+            hold(event.time);
         } else if (ownGrab_ && swallowed_.none()) {
             ungrabDevice();
         } else {
@@ -128,7 +141,7 @@ bool X11KeyHold::release(const Event& event) {
     if (event.isModifier && swallowed_.any())
         allow(XCB_INPUT_EVENT_MODE_SYNC_DEVICE);
     else
-        replay();
+        replay(event.time);
     return false;
 }
 
@@ -139,23 +152,45 @@ void X11KeyHold::rawRelease(Keycode key) {
     connection_.flush();
 }
 
-void X11KeyHold::letGo(std::chrono::milliseconds limit) {
+bool X11KeyHold::waitUntilIdle(std::chrono::milliseconds limit) {
     std::unique_lock lock(mutex_);
-    if (released_.wait_for(lock, limit, [this] { return isIdle(); })) return;
+    if (released_.wait_for(lock, limit, [this] { return isIdle(); })) return true;
+    isFreeingWanted_ = true;
+    return false;
+}
+
+bool X11KeyHold::waitUntilFreed(std::chrono::milliseconds limit) {
+    std::unique_lock lock(mutex_);
+    return released_.wait_for(lock, limit, [this] { return !isFreeingWanted_; });
+}
+
+bool X11KeyHold::isFreeingWanted() {
+    const std::lock_guard lock(mutex_);
+    return isFreeingWanted_;
+}
+
+void X11KeyHold::free() {
+    const std::lock_guard lock(mutex_);
     for (unsigned key = 8; key < 256; ++key) {
         if (swallowed_.test(key)) grabs_.guard(static_cast<Keycode>(key));
     }
     swallowed_.reset();
     ungrabDevice();
     connection_.roundTrip();
+    isFreeingWanted_ = false;
+    released_.notify_all();
 }
 
 void X11KeyHold::drop() {
     const std::lock_guard lock(mutex_);
-    swallowed_.reset();
     grabs_.disarm();
+    // A key that nobody decided about goes to its application. What belongs to a swallowed one does not.
+    if (swallowed_.none()) allow(XCB_INPUT_EVENT_MODE_REPLAY_DEVICE);
+    swallowed_.reset();
     ungrabDevice();
     connection_.roundTrip();
+    isFreeingWanted_ = false;
+    released_.notify_all();
 }
 
 }  // namespace veltrin

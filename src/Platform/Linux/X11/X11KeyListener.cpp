@@ -11,14 +11,18 @@
 #include <algorithm>
 #include <cstdlib>
 #include <ctime>
+#include <utility>
 
 namespace veltrin {
 namespace {
 
-constexpr std::chrono::milliseconds answerLimit{50};
+/// How long freeing the keyboard by force may take; only a server that does not answer takes so long.
+constexpr std::chrono::milliseconds freeingLimit{200};
 /// A new keymap comes as a burst of notices; the grabs are renewed once it is over.
 constexpr std::uint64_t reloadDelay = 60'000'000;
 constexpr std::uint64_t millisecond = 1'000'000;
+constexpr std::uint64_t lockLookInterval = 300 * millisecond;
+constexpr std::uint64_t unlockingTime = 1'000 * millisecond;
 
 /// The two layouts that matter of the events that all extensions share.
 template <typename T>
@@ -33,15 +37,18 @@ bool isGeneric(const xcb_generic_event_t& event, std::uint8_t opcode) {
 
 }  // namespace
 
-std::unique_ptr<X11KeyListener> X11KeyListener::start(const QByteArray& display, KeyQuestions& questions) {
+std::unique_ptr<X11KeyListener> X11KeyListener::start(const QByteArray& display, KeyQuestions& questions,
+                                                      std::chrono::milliseconds answerLimit,
+                                                      std::function<void()> onLoss) {
     auto connection = X11Connection::open(display);
     if (!connection || !connection->hasXInput22() || !connection->hasXkb() || !connection->hasXTest())
         return nullptr;
     const auto master = xkb_x11_get_core_keyboard_device_id(connection->xcb());
     auto keymap = X11Keymap::load(*connection);
     if (master < 0 || !keymap) return nullptr;
-    std::unique_ptr<X11KeyListener> listener(
-        new X11KeyListener(std::move(connection), static_cast<std::uint16_t>(master), questions));
+    std::unique_ptr<X11KeyListener> listener(new X11KeyListener(std::move(connection),
+                                                                static_cast<std::uint16_t>(master), questions,
+                                                                answerLimit, std::move(onLoss)));
     if (listener->wake_ < 0) return nullptr;
     listener->keymap_ = std::move(keymap);
     listener->thread_ = std::thread([raw = listener.get()] { raw->run(); });
@@ -49,12 +56,21 @@ std::unique_ptr<X11KeyListener> X11KeyListener::start(const QByteArray& display,
 }
 
 X11KeyListener::X11KeyListener(std::unique_ptr<X11Connection> connection, std::uint16_t masterKeyboard,
-                               KeyQuestions& questions)
+                               KeyQuestions& questions, std::chrono::milliseconds answerLimit,
+                               std::function<void()> onLoss)
     : connection_(std::move(connection)),
       questions_(questions),
+      answerLimit_(answerLimit),
+      onLoss_(std::move(onLoss)),
+      guard_(X11KeyGuard::start(*connection_)),
       wake_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
+      holder_(*connection_),
       grabs_(*connection_, masterKeyboard),
-      hold_(*connection_, grabs_, mutex_) {
+      hold_(*connection_, grabs_, mutex_, [this] {
+          bringEvents();
+          return std::any_of(pending_.begin(), pending_.end(),
+                             [this](const auto& event) { return isGrabEvent(*event); });
+      }) {
     constexpr std::uint16_t notices = XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY | XCB_XKB_EVENT_TYPE_MAP_NOTIFY |
                                       XCB_XKB_EVENT_TYPE_STATE_NOTIFY | XCB_XKB_EVENT_TYPE_CONTROLS_NOTIFY;
     constexpr std::uint16_t allParts = 0xFF;
@@ -96,6 +112,16 @@ void X11KeyListener::configure(bool listening, const std::vector<ClaimableKey>& 
     // itself.
     connection_->roundTrip();
     poke();
+    const bool closely = std::any_of(claimable.begin(), claimable.end(),
+                                     [](const ClaimableKey& key) { return key.flags == 0; });
+    if (guard_ && closely != isWatchedClosely_) guard_->watchClosely(closely);
+    isWatchedClosely_ = closely;
+}
+
+void X11KeyListener::letGo(std::chrono::milliseconds limit) {
+    if (hold_.waitUntilIdle(limit)) return;
+    poke();
+    hold_.waitUntilFreed(freeingLimit);
 }
 
 void X11KeyListener::selectEvents(bool listening) {
@@ -115,11 +141,19 @@ void X11KeyListener::run() {
             handle(*event);
             continue;
         }
+        if (hold_.isFreeingWanted()) {
+            bringEvents();
+            if (!pending_.empty()) continue;
+            hold_.free();
+        }
         const auto now = monotonicNow();
         if (reloadAt_ && now >= *reloadAt_) reloadKeymap();
         if (const auto due = repeats_.due(); due && now >= *due) makeRepeat();
         waitForMore();
     }
+    if (stopping_) return;
+    hold_.drop();
+    if (onLoss_) onLoss_();
 }
 
 X11Reply<xcb_generic_event_t> X11KeyListener::nextEvent() {
@@ -127,6 +161,20 @@ X11Reply<xcb_generic_event_t> X11KeyListener::nextEvent() {
     auto event = std::move(pending_.front());
     pending_.pop_front();
     return event;
+}
+
+/// Keys are sent to us as such by our grabs alone.
+bool X11KeyListener::isGrabEvent(const xcb_generic_event_t& event) const {
+    if (!isGeneric(event, connection_->xinputOpcode())) return false;
+    const auto type = as<xcb_ge_generic_event_t>(event).event_type;
+    return type == XCB_INPUT_KEY_PRESS || type == XCB_INPUT_KEY_RELEASE;
+}
+
+/// Everything that the server sent us up to now is pending when it returns.
+void X11KeyListener::bringEvents() {
+    connection_->roundTrip();
+    while (auto* event = xcb_poll_for_event(connection_->xcb()))
+        pending_.emplace_back(event);
 }
 
 void X11KeyListener::waitForMore() {
@@ -145,8 +193,11 @@ void X11KeyListener::waitForMore() {
                       : static_cast<int>(std::min<std::uint64_t>((*next - now) / millisecond + 1, 60'000));
     }
     connection_->flush();
-    pollfd descriptors[] = {{xcb_get_file_descriptor(connection_->xcb()), POLLIN, 0}, {wake_, POLLIN, 0}};
-    poll(descriptors, 2, timeout);
+    pollfd descriptors[] = {{xcb_get_file_descriptor(connection_->xcb()), POLLIN, 0},
+                            {wake_, POLLIN, 0},
+                            {guard_ ? guard_->descriptor() : -1, POLLIN, 0}};
+    poll(descriptors, 3, timeout);
+    if (descriptors[2].revents != 0) guard_->answer();
     if ((descriptors[1].revents & POLLIN) != 0) {
         std::uint64_t count = 0;
         [[maybe_unused]] const auto taken = read(wake_, &count, sizeof count);
@@ -246,30 +297,65 @@ bool X11KeyListener::grabEventFollows(Keycode key, xcb_timestamp_t time) {
         });
     };
     if (waiting()) return true;
-    connection_->roundTrip();
+    bringEvents();
     return waiting();
 }
 
 void X11KeyListener::rawPress(Keycode key, xcb_timestamp_t time) {
-    if (key == keymap_->silentKey() || keymap_->isModifier(key)) return;
+    if (key == keymap_->silentKey()) return;
+    if (keymap_->isModifier(key)) {
+        // The first key of most combinations: the moment to see whether one has become free.
+        const std::lock_guard guard(mutex_);
+        if (grabs_.hasRefused()) grabs_.retryRefused();
+        return;
+    }
     const auto when = monotonicTime(time);
-    repeats_.pressed(key, when);
     bool mayBeGrabbed = false;
     {
         const std::lock_guard guard(mutex_);
         mayBeGrabbed = grabs_.covers(key) || hold_.isActive();
     }
     const unsigned modifiers = modifiers_;
-    if (mayBeGrabbed && grabEventFollows(key, time)) return;
+    if (mayBeGrabbed && grabEventFollows(key, time)) {
+        repeats_.pressed(key, when);
+        return;
+    }
+    if (mayBeGrabbed) {
+        // Another program has taken the combination since; the newest grab wins.
+        const std::lock_guard guard(mutex_);
+        grabs_.renew(key, modifiers);
+    }
+    // What is typed to unlock the screen is nobody's business.
+    silenced_[key] = isForTheLockScreen(when);
+    if (silenced_[key]) return repeats_.stop();
+    repeats_.pressed(key, when);
     toldKey_ = key;
     toldTime_ = time;
     questions_.tell(keyEvent(KeyEventType::keyDown, key, modifiers, when));
+}
+
+bool X11KeyListener::isForTheLockScreen(std::uint64_t when) {
+    // The key that unlocked may be looked at when the locker is gone already.
+    // A screen is not locked between two keys of a word, and asking costs the server a turn.
+    const bool isFresh = !lockedAt_ && unlockedAt_ && when < *unlockedAt_ + lockLookInterval;
+    const bool isUp = !isFresh && holder_.isLockScreen();
+    if (!isUp && !isFresh) unlockedAt_ = when;
+    if (!isUp && (!lockedAt_ || when > *lockedAt_ + unlockingTime)) {
+        lockedAt_.reset();
+        return false;
+    }
+    if (isUp) lockedAt_ = when;
+    return true;
 }
 
 void X11KeyListener::rawRelease(Keycode key, xcb_timestamp_t time) {
     if (key == keymap_->silentKey() || keymap_->isModifier(key)) return;
     repeats_.released(key);
     hold_.rawRelease(key);
+    if (silenced_[key]) {
+        silenced_.reset(key);
+        return;
+    }
     questions_.tell(keyEvent(KeyEventType::keyUp, key, modifiers_, monotonicTime(time)));
 }
 
@@ -287,11 +373,12 @@ void X11KeyListener::grabbedPress(const DeviceEvent& event) {
 
     X11KeyHold::Event held;
     held.key = key;
+    held.time = event.time;
     held.isRepeat = report.isAutoRepeat;
     held.isModifier = keymap_->isModifier(key);
     held.claimable = !told && isClaimable(report);
     hold_.press(
-        held, [&] { return questions_.ask(report, answerLimit); },
+        held, [&] { return questions_.ask(report, answerLimit_); },
         [&] {
             if (!told) questions_.tell(report);
         });
@@ -301,6 +388,7 @@ void X11KeyListener::grabbedRelease(const DeviceEvent& event) {
     const auto key = static_cast<Keycode>(event.detail);
     X11KeyHold::Event held;
     held.key = key;
+    held.time = event.time;
     held.isModifier = keymap_->isModifier(key);
     held.optionHeld = (keymap_->flags(event.mods.effective) & KeyFlags::option) != 0;
     repeats_.released(key);

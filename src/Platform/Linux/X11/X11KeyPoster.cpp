@@ -5,7 +5,9 @@
 #include <unistd.h>
 #include <xcb/xtest.h>
 
+#include <algorithm>
 #include <chrono>
+#include <iterator>
 #include <thread>
 #include <vector>
 
@@ -27,6 +29,10 @@ PostResult refused(const QString& why) {
     return {false, why};
 }
 
+QString heldByAnother() {
+    return QStringLiteral("another program holds the keyboard");
+}
+
 bool isChord(const KeyPost& post, qint64 key) {
     return post.keyCode == key && post.flags == KeyFlags::command;
 }
@@ -38,7 +44,9 @@ X11KeyPoster::X11KeyPoster(const X11Windows& windows, Parts parts)
       parts_(std::move(parts)),
       ping_(windows.connection().display()),
       connection_(X11Connection::open(windows.connection().display())) {
-    if (!connection_ || !connection_->hasXkb()) return;
+    if (!connection_) return;
+    holder_ = std::make_unique<X11KeyboardHolder>(*connection_);
+    if (!connection_->hasXkb()) return;
     constexpr std::uint16_t notices = XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY | XCB_XKB_EVENT_TYPE_MAP_NOTIFY;
     xcb_xkb_select_events(connection_->xcb(), XCB_XKB_ID_USE_CORE_KBD, notices, 0, notices, 0xFF, 0xFF,
                           nullptr);
@@ -112,14 +120,45 @@ QString X11KeyPoster::refusalOfField(const KeyPost& chord) const {
     return {};
 }
 
-/// Gives the user a moment to let go of the modifiers; what is held then.
-unsigned X11KeyPoster::waitForModifiers() const {
+X11KeyPoster::Keyboard X11KeyPoster::keyboard() const {
+    auto* xcb = connection_->xcb();
+    Keyboard result;
+    const auto stateAsked = xcb_xkb_get_state(xcb, XCB_XKB_ID_USE_CORE_KBD);
+    const auto downAsked = xcb_query_keymap(xcb);
+    result.isHeld = holder_->isHeld();
+    const X11Reply<xcb_xkb_get_state_reply_t> state(xcb_xkb_get_state_reply(xcb, stateAsked, nullptr));
+    const X11Reply<xcb_query_keymap_reply_t> down(xcb_query_keymap_reply(xcb, downAsked, nullptr));
+    if (state) {
+        result.modifiers = state->baseMods & heldMask;
+        result.group = state->group;
+    }
+    if (down) std::copy(std::begin(down->keys), std::end(down->keys), result.down.begin());
+    return result;
+}
+
+/// What to press for the post in the user's layout; none when the keyboard has no such key.
+std::optional<X11KeyPoster::Chord> X11KeyPoster::chordFor(const KeyPost& post, quint64 flags,
+                                                          unsigned group) const {
+    qint64 code = post.keyCode;
+    if (!keymap_->hasLatinLetters() && (flags & KeyFlags::command) != 0) {
+        if (flags != KeyFlags::command || (code != KeyCode::c && code != KeyCode::v)) return std::nullopt;
+        if (code == KeyCode::v) flags = KeyFlags::shift;
+        code = KeyCode::insert;
+    }
+    const auto keys = keymap_->keys(code, group);
+    if (keys.empty()) return std::nullopt;
+    return Chord{keys.front(), keymap_->modifiers(flags)};
+}
+
+/// Gives the user a moment to let go of the modifiers and of the chord's own key, and a menu one to close.
+/// How the keyboard is then.
+X11KeyPoster::Keyboard X11KeyPoster::waitForQuietKeyboard(const KeyPost& post, quint64 flags) const {
     const auto deadline = Clock::now() + modifierPatience;
     for (;;) {
-        const X11Reply<xcb_xkb_get_state_reply_t> state(xcb_xkb_get_state_reply(
-            connection_->xcb(), xcb_xkb_get_state(connection_->xcb(), XCB_XKB_ID_USE_CORE_KBD), nullptr));
-        const unsigned held = state ? state->baseMods & heldMask : 0;
-        if (held == 0 || Clock::now() >= deadline) return held;
+        const Keyboard now = keyboard();
+        const auto chord = chordFor(post, flags, now.group);
+        const bool isQuiet = !now.isHeld && now.modifiers == 0 && !(chord && now.isDown(chord->key));
+        if (isQuiet || Clock::now() >= deadline) return now;
         std::this_thread::sleep_for(modifierLook);
     }
 }
@@ -136,21 +175,22 @@ PostResult X11KeyPoster::post(const KeyPost& chord) {
     if (parts_.letGoOfKeyboard) parts_.letGoOfKeyboard();
     refreshKeymap();
     if (!keymap_) return refused(QStringLiteral("the X server has no keymap"));
-    const unsigned held = waitForModifiers();
+    if (waitForQuietKeyboard(chord, flags).isHeld) return refused(heldByAnother());
 
     if (const QString why = refusalOfApplication(); !why.isEmpty()) return refused(why);
     if (!isTerminal) {
         if (const QString why = refusalOfField(chord); !why.isEmpty()) return refused(why);
     }
-    const X11Reply<xcb_xkb_get_state_reply_t> state(xcb_xkb_get_state_reply(
-        connection_->xcb(), xcb_xkb_get_state(connection_->xcb(), XCB_XKB_ID_USE_CORE_KBD), nullptr));
-    const auto keys = keymap_->keys(chord.keyCode, state ? state->group : 0);
-    if (keys.empty()) return refused(QStringLiteral("the keyboard has no such key"));
-    // Asked again last: waiting took its time.
+    // Asked again last: waiting took its time, and a Control let go meanwhile would leave a plain letter.
     xcb_window_t window = XCB_NONE;
     if (const QString why = refusalOfWindow(chord.target, &window); !why.isEmpty()) return refused(why);
+    refreshKeymap();
+    const Keyboard now = keyboard();
+    if (now.isHeld) return refused(heldByAnother());
+    const auto keys = chordFor(chord, flags, now.group);
+    if (!keys) return refused(QStringLiteral("the keyboard has no such key"));
     if (isChord(chord, KeyCode::v) && parts_.pastePosted) parts_.pastePosted(window);
-    send({keys.front(), keymap_->modifiers(flags)}, held);
+    send(*keys, now);
     return {true, QString()};
 }
 
@@ -159,38 +199,40 @@ void X11KeyPoster::fake(bool press, X11Keymap::Keycode key) const {
                         XCB_NONE, 0, 0, 0);
 }
 
-/// Sends the whole chord in one piece. Modifiers that are in the way are lifted and stay lifted: pressing
-/// them again would leave them down for ever when the user has let go meanwhile.
-void X11KeyPoster::send(const Chord& chord, unsigned held) const {
+/// Modifiers that are in the way are lifted and stay lifted: pressing them again would leave them down for
+/// ever when the user has let go meanwhile.
+void X11KeyPoster::liftModifiers(unsigned modifiers, const Keyboard& keyboard) const {
     auto* xcb = connection_->xcb();
-    const unsigned inTheWay = held & ~chord.modifiers;
-    if (inTheWay != 0) {
-        const X11Reply<xcb_get_modifier_mapping_reply_t> map(
-            xcb_get_modifier_mapping_reply(xcb, xcb_get_modifier_mapping(xcb), nullptr));
-        const X11Reply<xcb_query_keymap_reply_t> down(
-            xcb_query_keymap_reply(xcb, xcb_query_keymap(xcb), nullptr));
-        // A key in between, so that nobody takes the lifted Alt or Super for a tap of it.
-        if (const auto silent = keymap_->silentKey()) {
-            fake(true, *silent);
-            fake(false, *silent);
-        }
-        if (map && down) {
-            const auto* keys = xcb_get_modifier_mapping_keycodes(map.get());
-            for (unsigned modifier = 0; modifier < 8; ++modifier) {
-                if ((inTheWay & (1U << modifier)) == 0) continue;
-                for (unsigned i = 0; i < map->keycodes_per_modifier; ++i) {
-                    const auto key = keys[modifier * map->keycodes_per_modifier + i];
-                    if (key != 0 && (down->keys[key / 8] & (1U << (key % 8))) != 0) fake(false, key);
-                }
-            }
+    const X11Reply<xcb_get_modifier_mapping_reply_t> map(
+        xcb_get_modifier_mapping_reply(xcb, xcb_get_modifier_mapping(xcb), nullptr));
+    // A key in between, so that nobody takes the lifted Alt or Super for a tap of it.
+    if (const auto silent = keymap_->silentKey()) {
+        fake(true, *silent);
+        fake(false, *silent);
+    }
+    if (!map) return;
+    const auto* keys = xcb_get_modifier_mapping_keycodes(map.get());
+    for (unsigned modifier = 0; modifier < 8; ++modifier) {
+        if ((modifiers & (1U << modifier)) == 0) continue;
+        for (unsigned i = 0; i < map->keycodes_per_modifier; ++i) {
+            const auto key = keys[modifier * map->keycodes_per_modifier + i];
+            if (key != 0 && keyboard.isDown(key)) fake(false, key);
         }
     }
+}
+
+/// Sends the whole chord in one piece.
+void X11KeyPoster::send(const Chord& chord, const Keyboard& keyboard) const {
+    if (const unsigned inTheWay = keyboard.modifiers & ~chord.modifiers; inTheWay != 0)
+        liftModifiers(inTheWay, keyboard);
+    // The server drops the press of a key that is down already.
+    if (keyboard.isDown(chord.key)) fake(false, chord.key);
     std::vector<X11Keymap::Keycode> pressed;
     for (const auto flag : {KeyFlags::command, KeyFlags::shift, KeyFlags::option, KeyFlags::control}) {
         const unsigned mask = keymap_->modifiers(flag);
         const auto key = keymap_->modifierKey(flag);
         // What the user holds already is not pressed, and so not let go either.
-        if (key && (mask & chord.modifiers) != 0 && (mask & held) == 0) pressed.push_back(*key);
+        if (key && (mask & chord.modifiers) != 0 && (mask & keyboard.modifiers) == 0) pressed.push_back(*key);
     }
     for (const auto key : pressed)
         fake(true, key);

@@ -25,6 +25,7 @@ constexpr CodeOfSymbol fixedKeys[] = {
     {XKB_KEY_ISO_Left_Tab, KeyCode::tab},
     {XKB_KEY_BackSpace, KeyCode::backspace},
     {XKB_KEY_Escape, KeyCode::escape},
+    {XKB_KEY_Insert, KeyCode::insert},
     {XKB_KEY_Delete, 117},
     {XKB_KEY_Home, 115},
     {XKB_KEY_End, 119},
@@ -188,6 +189,7 @@ X11Keymap::X11Keymap(xkb_keymap* keymap) {
     for (unsigned group = groups; group-- > 0;) {
         if (symbols.latinLetters(group) >= lettersOfLatinGroup) firstLatin = group;
     }
+    hasLatinLetters_ = firstLatin.has_value();
     for (unsigned group = 0; group < groups; ++group) {
         Table table;
         table.fill(KeyCode::unknown);

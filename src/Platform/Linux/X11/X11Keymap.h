@@ -42,6 +42,9 @@ public:
     /// KeyFlags of the server's real modifiers, and back. Locks and third-level shifts have no flag.
     quint64 flags(unsigned modifiers) const;
     unsigned modifiers(quint64 flags) const;
+    /// False when no group has Latin letters: then a letter is known by its position alone, and applications
+    /// do not take it for one.
+    bool hasLatinLetters() const { return hasLatinLetters_; }
     /// The key that produces one flag's modifier.
     std::optional<Keycode> modifierKey(quint64 flag) const;
 
@@ -57,6 +60,7 @@ private:
     std::array<bool, 256> modifiers_{};
     std::optional<Keycode> silent_;
     std::array<Flag, 4> flags_{};
+    bool hasLatinLetters_ = false;
 };
 
 }  // namespace veltrin
