@@ -1,6 +1,7 @@
 #include "App/GalleryMode.h"
 
 #include "Platform/Linux/FilePreferences.h"
+#include "Platform/Linux/LinuxDesktopAppearance.h"
 #include "Platform/Linux/X11/X11Connection.h"
 #include "Platform/Linux/X11/X11Keymap.h"
 #include "UI/Design/VtLook.h"
@@ -26,8 +27,8 @@ const QString pictureOption = QStringLiteral("gallery-picture");
 void GalleryMode::addOptions(QCommandLineParser& parser) {
     parser.addOptions({
         {galleryOption, QStringLiteral("Show every element of the interface, for developers.")},
-        {themeOption, QStringLiteral("In that page: light or dark."), QStringLiteral("theme"),
-         QStringLiteral("light")},
+        {themeOption, QStringLiteral("In that page: light or dark, else the desktop's."),
+         QStringLiteral("theme")},
         {languageOption, QStringLiteral("In that page: zh or en."), QStringLiteral("language"),
          QStringLiteral("zh")},
         {pictureOption, QStringLiteral("Write that page to <file> and end."), QStringLiteral("file")},
@@ -41,8 +42,15 @@ bool GalleryMode::isWanted(const QCommandLineParser& parser) {
 int GalleryMode::run(const QCommandLineParser& parser) {
     VtLook look(nullptr);
     look.setEnglish(parser.value(languageOption) == u"en");
-    look.setWindowDark(parser.value(themeOption) == u"dark");
-    look.setPopupDark(look.windowDark());
+    LinuxDesktopAppearance appearance;
+    const auto follow = [&] {
+        const bool isDark =
+            parser.isSet(themeOption) ? parser.value(themeOption) == u"dark" : appearance.isDark();
+        look.setWindowDark(isDark);
+        look.setPopupDark(isDark);
+    };
+    follow();
+    const Subscription subscription = appearance.changed.subscribe(follow);
     // What is tried on the page is nobody's setting.
     const QTemporaryDir folder;
     FilePreferences preferences(folder.filePath(QStringLiteral("preferences.json")));

@@ -13,7 +13,7 @@ ChoiceRow agentRow(int slot, const std::optional<AgentProfile>& agent, bool engl
         row.colorHex = agent->colorHex;
         return row;
     }
-    row.title = english ? QStringLiteral("No optimize agent set") : QStringLiteral("未设置优化 Agent");
+    row.title = english ? QStringLiteral("No agent set") : QStringLiteral("未设置优化 Agent");
     row.detail =
         english ? QStringLiteral("Choose one in Agent Studio") : QStringLiteral("前往 Agent Studio 配置");
     return row;

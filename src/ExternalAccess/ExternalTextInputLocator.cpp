@@ -150,12 +150,13 @@ std::optional<QRectF> ExternalTextInputLocator::frontmostWindowInputAnchor(const
 }
 
 void ExternalTextInputLocator::logFocusedElement(const AXElementRef& element) {
-    const auto string = [&](AXAttribute attribute) {
-        return readAttribute<QString>(accessibility_, element, attribute).value;
+    auto read = accessibility_.copyAttributeValues(
+        element, {AXAttribute::role, AXAttribute::subrole, AXAttribute::title, AXAttribute::description});
+    const auto string = [&read](std::size_t index) {
+        return attributeReading<QString>(std::move(read[index])).value;
     };
-    MVPLog::write("AX focused element:", "role:", string(AXAttribute::role),
-                  "subrole:", string(AXAttribute::subrole), "title:", string(AXAttribute::title),
-                  "description:", string(AXAttribute::description));
+    MVPLog::write("AX focused element:", "role:", string(0), "subrole:", string(1), "title:", string(2),
+                  "description:", string(3));
 }
 
 QRectF ExternalTextInputLocator::convertAccessibilityRectToAppKit(const QRectF& rect) const {

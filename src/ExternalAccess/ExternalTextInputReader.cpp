@@ -22,6 +22,37 @@ bool startsWithWhitespace(const QString& character) {
     return !character.isEmpty() && character.front().isSpace();
 }
 
+/// What is logged when a string could not be read.
+struct Obstacles {
+    const char* error;
+    const char* wrongType;
+};
+constexpr Obstacles noSelection{"AX selected text unavailable: error",
+                                "AX selected text unavailable: non-string value"};
+constexpr Obstacles noValueText{"AX value text unavailable: error",
+                                "AX value text unavailable: non-string value"};
+
+std::optional<QString> stringIn(AXResult<AXValue> result, const Obstacles& obstacles) {
+    auto reading = attributeReading<QString>(std::move(result));
+    if (reading.failed())
+        MVPLog::write(obstacles.error, code(reading.error));
+    else if (!reading.value)
+        MVPLog::write(obstacles.wrongType);
+    return std::move(reading.value);
+}
+
+std::optional<TextRange> rangeIn(AXResult<AXValue> result) {
+    const auto reading = attributeReading<TextRange>(std::move(result));
+    if (reading.failed())
+        MVPLog::write("AX read selected range unavailable: error", code(reading.error));
+    else if (!reading.value)
+        MVPLog::write("AX read selected range unavailable: could not decode CFRange");
+    else
+        MVPLog::write("AX read selected range:", "location:", reading.value->location,
+                      "length:", reading.value->length);
+    return reading.value;
+}
+
 }  // namespace
 
 template <typename... Items>
@@ -60,15 +91,20 @@ ExternalTextReadResult ExternalTextInputReader::readFocusedText() {
         return readByClipboard(result);
     }
     const AXElementRef element = *focused.value;
-    result.role = stringAttribute(AXAttribute::role, element).value_or(QStringLiteral("unknown"));
-    const auto subrole = stringAttribute(AXAttribute::subrole, element);
-    result.selectedRange = selectedRange(element);
+    // In one question, so that text and selection belong together and a long text comes once.
+    auto read = accessibility_.copyAttributeValues(
+        element, {AXAttribute::role, AXAttribute::subrole, AXAttribute::selectedTextRange,
+                  AXAttribute::selectedText, AXAttribute::value});
+    result.role = attributeReading<QString>(std::move(read[0])).value.value_or(QStringLiteral("unknown"));
+    const auto subrole = attributeReading<QString>(std::move(read[1])).value;
+    result.selectedRange = rangeIn(std::move(read[2]));
     MVPLog::write("AX text read focused element:", "role:", result.role, "subrole:", subrole);
     result.element = element;
 
     // A selection of white space only is a selection; an empty string is none.
-    if (const auto selection = selectedText(element); selection && !selection->isEmpty()) {
-        const auto value = valueText(element);
+    if (const auto selection = stringIn(std::move(read[3]), noSelection);
+        selection && !selection->isEmpty()) {
+        const auto value = stringIn(std::move(read[4]), noValueText);
         result.source = ExternalTextReadResult::Source::selectedText;
         result.text = *selection;
         result.selectedText = selection;
@@ -79,7 +115,7 @@ ExternalTextReadResult ExternalTextInputReader::readFocusedText() {
         return result;
     }
     MVPLog::write("AX text read selected text unavailable or empty");
-    if (const auto value = valueText(element); value && !value->isEmpty()) {
+    if (const auto value = stringIn(std::move(read[4]), noValueText); value && !value->isEmpty()) {
         result.source = ExternalTextReadResult::Source::value;
         result.text = *value;
         result.fullText = *value;
@@ -128,13 +164,14 @@ std::optional<QString> ExternalTextInputReader::characterBeforeCursor() {
         return std::nullopt;
     }
     // This stands on the path of a key, so it reads without the log lines of an ordinary read.
-    const auto value = readAttribute<QString>(accessibility_, *focused.value, AXAttribute::value).value;
+    auto read = accessibility_.copyAttributeValues(*focused.value,
+                                                   {AXAttribute::value, AXAttribute::selectedTextRange});
+    const auto value = attributeReading<QString>(std::move(read[0])).value;
     if (!value || value->isEmpty()) {
         verbose("Cursor context unavailable: no AX value");
         return std::nullopt;
     }
-    const auto range =
-        readAttribute<TextRange>(accessibility_, *focused.value, AXAttribute::selectedTextRange).value;
+    const auto range = attributeReading<TextRange>(std::move(read[1])).value;
     if (!range || range->location < 1) {
         verbose("Cursor context unavailable: no cursor range before text");
         return std::nullopt;
@@ -152,41 +189,6 @@ std::optional<QString> ExternalTextInputReader::characterBeforeCursor() {
 AttributeReading<AXElementRef> ExternalTextInputReader::focusedElement(qint32 processIdentifier) {
     return readAttribute<AXElementRef>(accessibility_, accessibility_.applicationElement(processIdentifier),
                                        AXAttribute::focusedUIElement);
-}
-
-std::optional<QString> ExternalTextInputReader::stringAttribute(AXAttribute attribute,
-                                                                const AXElementRef& element) {
-    return readAttribute<QString>(accessibility_, element, attribute).value;
-}
-
-std::optional<QString> ExternalTextInputReader::selectedText(const AXElementRef& element) {
-    const auto reading = readAttribute<QString>(accessibility_, element, AXAttribute::selectedText);
-    if (reading.failed())
-        MVPLog::write("AX selected text unavailable: error", code(reading.error));
-    else if (!reading.value)
-        MVPLog::write("AX selected text unavailable: non-string value");
-    return reading.value;
-}
-
-std::optional<QString> ExternalTextInputReader::valueText(const AXElementRef& element) {
-    const auto reading = readAttribute<QString>(accessibility_, element, AXAttribute::value);
-    if (reading.failed())
-        MVPLog::write("AX value text unavailable: error", code(reading.error));
-    else if (!reading.value)
-        MVPLog::write("AX value text unavailable: non-string value");
-    return reading.value;
-}
-
-std::optional<TextRange> ExternalTextInputReader::selectedRange(const AXElementRef& element) {
-    const auto reading = readAttribute<TextRange>(accessibility_, element, AXAttribute::selectedTextRange);
-    if (reading.failed())
-        MVPLog::write("AX read selected range unavailable: error", code(reading.error));
-    else if (!reading.value)
-        MVPLog::write("AX read selected range unavailable: could not decode CFRange");
-    else
-        MVPLog::write("AX read selected range:", "location:", reading.value->location,
-                      "length:", reading.value->length);
-    return reading.value;
 }
 
 void ExternalTextInputReader::log(const ExternalTextReadResult& result) {

@@ -27,12 +27,6 @@ public:
     std::optional<QString> characterBeforeCursor();
 
 private:
-    std::optional<QString> stringAttribute(AXAttribute attribute, const AXElementRef& element);
-    std::optional<QString> textAttribute(AXAttribute attribute, const char* name,
-                                         const AXElementRef& element);
-    std::optional<QString> selectedText(const AXElementRef& element);
-    std::optional<QString> valueText(const AXElementRef& element);
-    std::optional<TextRange> selectedRange(const AXElementRef& element);
     AttributeReading<AXElementRef> focusedElement(qint32 processIdentifier);
     ExternalTextReadResult readByClipboard(const ExternalTextReadResult& application);
     ExternalTextReadResult emptyResult(const QString& reason);

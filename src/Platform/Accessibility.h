@@ -98,6 +98,16 @@ public:
     virtual AXElementRef applicationElement(qint32 processIdentifier) = 0;
 
     virtual AXResult<AXValue> copyAttributeValue(const AXElementRef& element, AXAttribute attribute) = 0;
+    /// Several attributes of one element, in the order asked for. An adapter that can fetches what they have
+    /// in common once: a long text, its selection and its length then are of one moment.
+    virtual std::vector<AXResult<AXValue>> copyAttributeValues(const AXElementRef& element,
+                                                               const std::vector<AXAttribute>& attributes) {
+        std::vector<AXResult<AXValue>> values;
+        values.reserve(attributes.size());
+        for (const AXAttribute attribute : attributes)
+            values.push_back(copyAttributeValue(element, attribute));
+        return values;
+    }
     virtual AXResult<AXValue> copyParameterizedAttributeValue(const AXElementRef& element,
                                                               AXAttribute attribute,
                                                               const AXValue& parameter) = 0;

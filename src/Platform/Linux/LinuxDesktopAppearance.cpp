@@ -43,7 +43,10 @@ LinuxDesktopAppearance::LinuxDesktopAppearance(QDBusConnection bus, const QStrin
     : fallbackDark_(paletteIsDark()) {
     readGtkSettings(configFolder);
     if (!bus.isConnected()) return;
-    bus.connect(service, path, interface, QStringLiteral("SettingChanged"), this,
+    // Qt looks the slot's types up by their names, and knows this one only once somebody has used it.
+    qRegisterMetaType<QDBusVariant>();
+    // From whoever stands at the portal's place: it may be started anew at any time.
+    bus.connect(QString(), path, interface, QStringLiteral("SettingChanged"), this,
                 SLOT(onSettingChanged(QString, QString, QDBusVariant)));
     ask(bus, appearanceGroup, colorScheme);
     ask(bus, interfaceGroup, enableAnimations);

@@ -63,7 +63,7 @@ const PaletteColors& Tokens::windowLight() {
         own.surface = own.surfaceOpaque = color("#FAFAF7");
         own.stroke = color("#14000000");
         own.divider = color("#0F000000");
-        own.shadow = color("#24000000");
+        own.shadow = color("#18000000");
         return own;
     }();
     return colors;

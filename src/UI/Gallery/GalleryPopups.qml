@@ -29,7 +29,7 @@ Rectangle {
                 { slot: 1, title: L.t("产品思维", "Product thinking"), symbol: "lightbulb.fill", colorHex: "#F4C8E0" },
                 { slot: 2, title: L.t("代码架构", "Code architecture"), symbol: "chevron.left.forwardslash.chevron.right", colorHex: "#A7DFFC" },
                 { slot: 3, title: L.t("名字特别特别长的智能体也要好好地省略显示", "An agent whose name is much too long for its row"), symbol: "brain.head.profile", colorHex: "#C4B5FD" },
-                { slot: 4, title: L.t("未设置优化 Agent", "No optimize agent set"), detail: L.t("前往 Agent Studio 配置", "Choose one in Agent Studio"), isVacant: true }
+                { slot: 4, title: L.t("未设置优化 Agent", "No agent set"), detail: L.t("前往 Agent Studio 配置", "Choose one in Agent Studio"), isVacant: true }
             ]
             presets: [
                 { slot: 1, title: L.t("提示词优化", "Better prompt"), symbol: "scope", colorHex: "#FFE066" },

@@ -69,6 +69,28 @@ TEST_P(EveryEditor, readsTextCaretAndSelectionInUtf16) {
     EXPECT_EQ(selectedRange(element), (TextRange{behindFamily, rest.size()}));
 }
 
+TEST_P(EveryEditor, givesSeveralAttributesInOneAnswer) {
+    const Program program = start(sample);
+    const auto element = waitForFocus(program);
+    const qint64 at = sample.indexOf(family);
+    ASSERT_EQ(select(element, at, family.size()), AXError::success);
+    const std::vector<AXAttribute> attributes{
+        AXAttribute::role,         AXAttribute::subrole,       AXAttribute::selectedTextRange,
+        AXAttribute::selectedText, AXAttribute::value,         AXAttribute::title,
+        AXAttribute::description,  AXAttribute::focused,       AXAttribute::windows,
+        AXAttribute::position,     AXAttribute::boundsForRange};
+    const auto together = accessibility().copyAttributeValues(element, attributes);
+    ASSERT_EQ(together.size(), attributes.size());
+    for (std::size_t i = 0; i < attributes.size(); ++i) {
+        const auto alone = read(element, attributes[i]);
+        EXPECT_EQ(together[i].error, alone.error) << i;
+        EXPECT_TRUE(together[i].value == alone.value) << i;
+    }
+    EXPECT_TRUE(together[2].value == AXValue(TextRange{at, family.size()}));
+    EXPECT_TRUE(together[3].value == AXValue(family));
+    EXPECT_TRUE(together[4].value == AXValue(sample));
+}
+
 TEST_P(EveryEditor, setsSelectionsAroundEmojiAndChinese) {
     const Program program = start(sample);
     const auto element = waitForFocus(program);

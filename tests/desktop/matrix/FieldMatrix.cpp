@@ -101,6 +101,8 @@ const std::vector<FieldMatrix::Cell>& FieldMatrix::cells() {
         {"directSelection", &FieldMatrix::directSelection},
         {"directCaret", &FieldMatrix::directCaret},
         {"directAll", &FieldMatrix::directAll},
+        {"copyRead", &FieldMatrix::copyRead},
+        {"copyWrite", &FieldMatrix::copyWrite},
     };
     return all;
 }
@@ -289,8 +291,11 @@ QString FieldMatrix::readLines() {
     }
     const qsizetype second = lines.indexOf(u"two"_s);
     QStringList outcomes;
+    // The last ones begin at the end of a line and end at the beginning of one.
     for (const FieldState& state :
-         {FieldState{lines, second, second + 6}, FieldState{lines, 4, second + 3}}) {
+         {FieldState{lines, second, second + 6}, FieldState{lines, 4, second + 3},
+          FieldState{lines, second - 1, second + 3}, FieldState{lines, 4, second},
+          FieldState{lines, 4, second - 1}, FieldState{lines, second - 1, lines.size()}}) {
         const QString outcome = readPassage(state);
         if (!outcomes.contains(outcome)) outcomes << outcome;
     }
@@ -417,6 +422,52 @@ QString FieldMatrix::undone(const FieldState& before) {
         if (!changed) break;
     }
     return u"no undo"_s;
+}
+
+ExternalTextReadResult FieldMatrix::readByCopy() {
+    const auto front = text().workspace.frontmostApplication();
+    if (!front) return {};
+    const PostTarget target{front->processIdentifier, front->window,
+                            focusedElement(text().accessibility, application().process())};
+    return text().fallback.readFocusedText(front->localizedName.value_or(u"unknown"_s),
+                                           front->bundleIdentifier.value_or(u"nil"_s), target);
+}
+
+/// The road where accessibility gives nothing: all is selected and copied, and the user's clipboard comes
+/// back.
+QString FieldMatrix::copyRead() {
+    const QString held = isTerminal() || isOneLine() ? sample : sample + u"\nsecond 行"_s;
+    set({held, held.size(), held.size()});
+    const ExternalTextReadResult read = readByCopy();
+    EXPECT_EQ(world().clipboard.text(5 * patience), usersClipboard);
+    EXPECT_EQ(field().state().text, held) << "a copy changed the field";
+    EXPECT_TRUE(read.requiresClipboardWriteback);
+    if (read.source == ExternalTextReadResult::Source::none) return u"nothing"_s;
+    EXPECT_EQ(read.text, held);
+    return read.text == held ? u"whole text"_s : u"wrong"_s;
+}
+
+/// The same way back. What was read that way is written with all of it replaced.
+QString FieldMatrix::copyWrite() {
+    const FieldState before{sample, sample.size(), sample.size()};
+    set(before);
+    ExternalTextReadResult read = readByCopy();
+    read.requiresClipboardWriteback = true;
+    const auto result = text().writeback.apply(replacement, read, false);
+    if (!result.success) {
+        expectClipboardBack();
+        EXPECT_EQ(field().state().text, before.text) << "a refused write changed the field";
+        return u"copied result"_s;
+    }
+    FieldState after;
+    waitUntil(writeSeconds * patience, [&] {
+        after = field().state();
+        return after.text == replacement;
+    });
+    EXPECT_EQ(after.text, replacement);
+    text().loan.giveBackPending();
+    expectClipboardBack();
+    return after.text == replacement ? u"paste, "_s + undone(before) : u"wrong"_s;
 }
 
 QString FieldMatrix::write(Road road, Place place) {

@@ -69,7 +69,11 @@ private:
     QString directSelection() { return write(Road::direct, Place::selection); }
     QString directCaret() { return write(Road::direct, Place::caret); }
     QString directAll() { return write(Road::direct, Place::all); }
+    QString copyRead();
+    QString copyWrite();
 
+    /// What the program would read by copying, with accessibility giving it the element at most.
+    ExternalTextReadResult readByCopy();
     QString readPassage(const FieldState& field);
     QString readTerminalSelection();
     QString write(Road road, Place place);

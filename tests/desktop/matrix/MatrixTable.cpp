@@ -46,6 +46,7 @@ const std::vector<Section>& sections() {
         {u"Writing by paste"_s, {u"pasteSelection"_s, u"pasteCaret"_s, u"pasteAll"_s}},
         {u"Writing by accessibility, where a paste is refused"_s,
          {u"directSelection"_s, u"directCaret"_s, u"directAll"_s}},
+        {u"By copy and paste, where accessibility gives nothing"_s, {u"copyRead"_s, u"copyWrite"_s}},
     };
     return all;
 }
@@ -67,6 +68,8 @@ const std::vector<MatrixColumn>& matrixColumns() {
         {u"directSelection"_s, u"over a selection"_s},
         {u"directCaret"_s, u"at the caret"_s},
         {u"directAll"_s, u"the whole field"_s},
+        {u"copyRead"_s, u"read the whole field"_s},
+        {u"copyWrite"_s, u"write the whole field"_s},
     };
     return all;
 }

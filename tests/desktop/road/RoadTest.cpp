@@ -1,5 +1,7 @@
 #include "desktop/road/RoadTest.h"
 
+#include "support/Slowdown.h"
+
 #include <QDir>
 #include <QFile>
 
@@ -73,6 +75,15 @@ std::vector<ServiceRequest> RoadTest::generations() const {
 
 bool RoadTest::waitForGeneration(std::size_t count, double seconds) {
     return waitUntil(seconds, [&] { return generations().size() >= count; });
+}
+
+ProbedField RoadTest::fieldInFront(const Program& editor) {
+    const ProbedField field = atspi().waitForField(editor);
+    EXPECT_TRUE(waitUntil(10 * patience, [&] {
+        if (x().activeWindow() != editor.window()) x().activate(editor.window(), 1);
+        return x().activeWindow() == editor.window() && atspi().read(field).focused;
+    })) << "the field has not come to the front";
+    return field;
 }
 
 void RoadTest::typeSentence(const QString& text) {

@@ -38,6 +38,10 @@ protected:
     std::vector<ServiceRequest> generations() const;
     bool waitForGeneration(std::size_t count = 1, double seconds = 5);
 
+    /// The field of an editor that has just come up, once keys go there: its window is the active one, and
+    /// the application says that the field has the focus.
+    ProbedField fieldInFront(const Program& editor);
+
     /// Types `text` after a pause that makes it ordinary typing of its own, then waits out the idle guards.
     void typeSentence(const QString& text);
     /// Three taps that mean a translation.

@@ -134,7 +134,7 @@ TEST_P(TranslationInEditor, aSelectionIsReplacedAloneWhenTheSettingSaysSo) {
                   {QStringLiteral("shortcut_translation"), QStringLiteral("⌥⇧|T")}});
     Program editor =
         GetParam().start(desktop(), QStringLiteral("keep 你好👩‍👩‍👧 this and keep that"));
-    const ProbedField field = atspi().waitForField(editor);
+    const ProbedField field = fieldInFront(editor);
     const QString text = atspi().text(field);
     const qsizetype start = text.indexOf(u"this");
     atspi().select(field, start, start + 4);

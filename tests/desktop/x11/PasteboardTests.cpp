@@ -250,7 +250,7 @@ TEST_F(PasteboardOnX11, aLateRequestorThatGivesNoTimeLaterGoesOnGettingTheSame) 
     EXPECT_EQ(requestedAt(XCB_CURRENT_TIME, "UTF8_STRING", requestor), QByteArray("pasted"));
 }
 
-TEST_F(PasteboardOnX11, aPostedPasteFetchesItsTextOnceThoughItGivesNoTime) {
+TEST_F(PasteboardOnX11, aPostedPasteFetchesItsTextThoughItGivesNoTime) {
     ASSERT_TRUE(pasteboard->setString(QStringLiteral("pasted"), PasteboardContent::temporary));
     const auto requestor = makeWindow();
     pasteboard->pastePosted(requestor);
@@ -258,18 +258,33 @@ TEST_F(PasteboardOnX11, aPostedPasteFetchesItsTextOnceThoughItGivesNoTime) {
     ASSERT_TRUE(pasteboard->setString(QStringLiteral("the user's"), PasteboardContent::lasting));
     // Another client is not meant.
     EXPECT_EQ(clipboard().text(), QStringLiteral("the user's"));
+    // A look at what could be pasted does not take the place of the paste.
+    EXPECT_EQ(requestedAt(XCB_CURRENT_TIME, "UTF8_STRING", requestor), QByteArray("pasted"));
     EXPECT_EQ(requestedAt(XCB_CURRENT_TIME, "UTF8_STRING", requestor), QByteArray("pasted"));
     std::this_thread::sleep_for(std::chrono::milliseconds(60));
     EXPECT_EQ(requestedAt(now(), "UTF8_STRING", requestor), QByteArray("the user's"));
 }
 
-TEST_F(PasteboardOnX11, aPasteOfTheUsersOwnIsNotTakenForThePostedOne) {
+TEST_F(PasteboardOnX11, aPasteLongAfterThePostedOneIsTheUsersThoughItGivesNoTime) {
+    ASSERT_TRUE(pasteboard->setString(QStringLiteral("pasted"), PasteboardContent::temporary));
+    const auto requestor = makeWindow();
+    pasteboard->pastePosted(requestor);
+    EXPECT_EQ(requestedAt(XCB_CURRENT_TIME, "UTF8_STRING", requestor), QByteArray("pasted"));
+    ASSERT_TRUE(pasteboard->setString(QStringLiteral("the user's"), PasteboardContent::lasting));
+    EXPECT_TRUE(waitUntil(5, [&] {
+        return requestedAt(XCB_CURRENT_TIME, "UTF8_STRING", makeWindow()) == QByteArray("the user's");
+    }));
+}
+
+TEST_F(PasteboardOnX11, aPostedPasteThatIsStampedLaterFetchesItsTextAndTheNextOneTheUsers) {
     ASSERT_TRUE(pasteboard->setString(QStringLiteral("pasted"), PasteboardContent::temporary));
     const auto requestor = makeWindow();
     pasteboard->pastePosted(requestor);
     tick();
     ASSERT_TRUE(pasteboard->setString(QStringLiteral("the user's"), PasteboardContent::lasting));
     std::this_thread::sleep_for(std::chrono::milliseconds(60));
+    EXPECT_TRUE(requestedAt(now(), "TARGETS", requestor));
+    EXPECT_EQ(requestedAt(now(), "UTF8_STRING", requestor), QByteArray("pasted"));
     EXPECT_EQ(requestedAt(now(), "UTF8_STRING", requestor), QByteArray("the user's"));
 }
 

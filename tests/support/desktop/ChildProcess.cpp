@@ -166,9 +166,9 @@ void ChildProcess::send(int signalNumber) {
     if (isRunning()) ::kill(pid_, signalNumber);
 }
 
-void ChildProcess::terminate(double patience) {
+void ChildProcess::terminate(double limit) {
     send(SIGTERM);
-    if (!waitForExit(patience)) kill();
+    if (!waitForExit(limit)) kill();
 }
 
 void ChildProcess::kill() {

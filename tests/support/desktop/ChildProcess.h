@@ -47,8 +47,8 @@ public:
 
     /// Sends a signal unless the process has ended already.
     void send(int signalNumber);
-    /// SIGTERM, and SIGKILL after `patience` seconds. Returns when it is gone.
-    void terminate(double patience = 2);
+    /// SIGTERM, and SIGKILL after `limit` seconds. Returns when it is gone.
+    void terminate(double limit = 2);
     /// SIGKILL; returns when it is gone. Ends stopped processes as well.
     void kill();
 

@@ -75,7 +75,10 @@ void ClipboardProbe::take(const ClipboardSnapshot& content, bool answers) {
     for (auto entry = content.contents.begin(); entry != content.contents.end(); ++entry) {
         offer.insert(x_.atom(entry.key().toLatin1().constData()), entry.value());
     }
-    owner_->take(offer, answers, serverTime());
+    QList<xcb_atom_t> silent;
+    for (const QString& target : content.unanswered)
+        silent.append(x_.atom(target.toLatin1().constData()));
+    owner_->take(offer, silent, answers, serverTime());
     if (!waitUntil(5, [this] { return isOwner(); }))
         throw std::runtime_error("the selection was not given to us");
 }

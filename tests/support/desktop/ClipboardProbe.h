@@ -16,7 +16,7 @@ namespace veltrin {
 /// Targets that only speak about the others (TARGETS, TIMESTAMP…) are not part of it.
 struct ClipboardSnapshot {
     QMap<QString, QByteArray> contents;
-    QStringList unanswered;  ///< targets that were on offer and did not come
+    QStringList unanswered;  ///< targets that were on offer and did not come; offered so when owned
 
     static ClipboardSnapshot ofText(const QString& text);
     friend bool operator==(const ClipboardSnapshot&, const ClipboardSnapshot&) = default;

@@ -47,9 +47,11 @@ ClipboardProbe::Owner::~Owner() {
     thread_.join();
 }
 
-void ClipboardProbe::Owner::take(QMap<xcb_atom_t, QByteArray> offer, bool answers, xcb_timestamp_t time) {
+void ClipboardProbe::Owner::take(QMap<xcb_atom_t, QByteArray> offer, QList<xcb_atom_t> silent, bool answers,
+                                 xcb_timestamp_t time) {
     const std::lock_guard lock(mutex_);
     offer_ = std::move(offer);
+    silent_ = std::move(silent);
     answers_ = answers;
     since_ = time;
     requests_.clear();
@@ -103,7 +105,7 @@ void ClipboardProbe::Owner::answer(const xcb_selection_request_event_t& request)
     {
         const std::lock_guard lock(mutex_);
         requests_.append({target, request.requestor, monotonicSeconds()});
-        if (!answers_) return;
+        if (!answers_ || silent_.contains(request.target)) return;
     }
     sleepFor(delay_);
     // Old clients name no property; the target stands for it.
@@ -128,7 +130,7 @@ bool ClipboardProbe::Owner::deliver(const xcb_selection_request_event_t& request
     const std::lock_guard lock(mutex_);
     if (request.target == x_.atom("TARGETS")) {
         QList<xcb_atom_t> targets{x_.atom("TARGETS"), x_.atom("TIMESTAMP")};
-        targets += offer_.keys();
+        targets += offer_.keys() + silent_;
         put(XCB_ATOM_ATOM, 32, targets.constData(), targets.size());
         return true;
     }
@@ -158,8 +160,12 @@ void ClipboardProbe::Owner::continueTransfer(const xcb_property_notify_event_t& 
     transfer.left.remove(0, piece.size());
     xcb_change_property(x_.connection(), XCB_PROP_MODE_REPLACE, event.window, event.atom, transfer.type, 8,
                         static_cast<uint32_t>(piece.size()), piece.constData());
+    if (piece.isEmpty()) {  // that is the end
+        transfers_.erase(found);
+        const uint32_t nothing = XCB_EVENT_MASK_NO_EVENT;
+        xcb_change_window_attributes(x_.connection(), event.window, XCB_CW_EVENT_MASK, &nothing);
+    }
     xcb_flush(x_.connection());
-    if (piece.isEmpty()) transfers_.erase(found);  // an empty piece is the end
 }
 
 }  // namespace veltrin

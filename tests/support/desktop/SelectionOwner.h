@@ -21,7 +21,8 @@ public:
 
     xcb_window_t window() const { return window_; }
     /// Offers contents by target and asks for the ownership as of a server time.
-    void take(QMap<xcb_atom_t, QByteArray> offer, bool answers, xcb_timestamp_t time);
+    void take(QMap<xcb_atom_t, QByteArray> offer, QList<xcb_atom_t> silent, bool answers,
+              xcb_timestamp_t time);
     void giveUp(xcb_timestamp_t time);
     void setAnswerDelay(double seconds) { delay_ = seconds; }
     QList<Request> requests() const;
@@ -41,6 +42,7 @@ private:
     uint8_t fixesEvent_ = 0;
     mutable std::mutex mutex_;
     QMap<xcb_atom_t, QByteArray> offer_;
+    QList<xcb_atom_t> silent_;  // on offer too, but requests for them are not answered
     bool answers_ = true;
     xcb_timestamp_t since_ = 0;
     QList<Request> requests_;

@@ -8,6 +8,8 @@ namespace {
 constexpr std::size_t historyLimit = 200;
 /// Keys are stamped to the nanosecond: one made right after a change may bear a hair less.
 constexpr double keyTimeStep = 1e-9;
+const QString textType = QStringLiteral("UTF8_STRING");
+const QString secretType = QStringLiteral("x-kde-passwordManagerHint");
 }  // namespace
 
 void FakePasteboard::take(Offer offer, const char* what) {
@@ -62,6 +64,70 @@ bool FakePasteboard::setString(const QString& text, PasteboardContent content) {
     take(std::move(offer),
          content == PasteboardContent::temporary ? "pasteboard set temporarily" : "pasteboard set");
     return true;
+}
+
+QStringList FakePasteboard::types() const {
+    const Offer& offer = history_.back();
+    if (!ownerAnswers()) {
+        loop_.sleepFor(unansweredCost);
+        return {};
+    }
+    QStringList types;
+    if (offer.text) types << textType;
+    if (offer.isSecret) types << secretType;
+    return types + offer.otherTypes + offer.silentTypes;
+}
+
+std::optional<PasteboardSnapshot> FakePasteboard::snapshot() const {
+    if (!ownerAnswers()) {
+        loop_.sleepFor(unansweredSnapshotCost);
+        return std::nullopt;
+    }
+    const Offer& offer = history_.back();
+    PasteboardItem item;
+    if (offer.text) item.data.push_back({textType, offer.text->toUtf8(), {}});
+    if (offer.isSecret) item.data.push_back({secretType, "secret", {}});
+    for (const QString& type : offer.otherTypes)
+        item.data.push_back({type, offer.otherData.value(type, type.toUtf8()), {}});
+    loop_.sleepFor(silentTypeCost * static_cast<double>(offer.silentTypes.size()));
+    const bool isEmpty = item.data.empty() && offer.silentTypes.isEmpty();
+    return isEmpty ? PasteboardSnapshot() : PasteboardSnapshot{{std::move(item)}};
+}
+
+bool FakePasteboard::restore(const PasteboardSnapshot& snapshot) {
+    if (refusesOwnership) {
+        log_.add(loop_.now(), "pasteboard refused");
+        return false;
+    }
+    Offer offer;
+    offer.owner = Owner::program;
+    for (const PasteboardItem& item : snapshot.items) {
+        for (const PasteboardData& data : item.data) {
+            if (data.type == textType) {
+                offer.text = QString::fromUtf8(data.bytes);
+            } else if (data.type == secretType) {
+                offer.isSecret = true;
+                offer.content = PasteboardContent::secret;
+            } else {
+                offer.otherTypes << data.type;
+                offer.otherData.insert(data.type, data.bytes);
+            }
+        }
+    }
+    take(std::move(offer), "pasteboard restored");
+    return true;
+}
+
+void FakePasteboard::copyRichFrom(qint32 application, const QString& text,
+                                  const QMap<QString, QByteArray>& others, const QStringList& silent) {
+    Offer offer;
+    offer.owner = Owner::application;
+    offer.application = application;
+    offer.text = text;
+    offer.otherTypes = others.keys();
+    offer.otherData = others;
+    offer.silentTypes = silent;
+    take(std::move(offer), "copied");
 }
 
 void FakePasteboard::copyFrom(qint32 application, const QString& text) {

@@ -4,6 +4,7 @@
 #include "support/fake/FakeEventLog.h"
 #include "support/fake/FakeRunLoop.h"
 
+#include <QMap>
 #include <QStringList>
 
 #include <deque>
@@ -25,6 +26,8 @@ public:
         qint32 application = 0;       ///< process of the owning application
         std::optional<QString> text;  ///< none for an empty pasteboard, and for content without plain text
         QStringList otherTypes;
+        QMap<QString, QByteArray> otherData;  ///< of other types; a type not named here has its own name
+        QStringList silentTypes;              ///< offered, but no data ever comes
         PasteboardContent content = PasteboardContent::lasting;
         bool isSecret = false;  ///< marked by its owner
         bool answers = true;
@@ -35,6 +38,9 @@ public:
     PasteboardString string() const override;
     void clearContents() override;
     bool setString(const QString& text, PasteboardContent content) override;
+    QStringList types() const override;
+    std::optional<PasteboardSnapshot> snapshot() const override;
+    bool restore(const PasteboardSnapshot& snapshot) override;
 
     /// An application copies.
     void copyFrom(qint32 application, const QString& text);
@@ -45,6 +51,9 @@ public:
     /// Content of nobody the test cares about: what the user had copied before the story starts.
     void put(const QString& text) { copyFrom(0, text); }
     void putOther(const QStringList& types) { copyOtherFrom(0, types); }
+    /// Content with text and more; see Offer.
+    void copyRichFrom(qint32 application, const QString& text, const QMap<QString, QByteArray>& others,
+                      const QStringList& silent = {});
     /// The application is gone, and with it what it offered.
     void ownerDied(qint32 application);
     /// The present owner stops answering, whatever its process does.
@@ -65,6 +74,8 @@ public:
     bool refusesOwnership = false;  ///< `setString` cannot take the pasteboard
     bool refusesToBeCleared = false;
     double unansweredCost = 0.5;  ///< seconds that an owner which does not answer costs
+    double unansweredSnapshotCost = 0.4;
+    double silentTypeCost = 0.05;  ///< of one type for which no data comes
     /// Whether a process is there and answers; set by the desktop.
     std::function<bool(qint32)> answers;
 

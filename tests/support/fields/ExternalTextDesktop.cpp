@@ -9,12 +9,20 @@ ExternalTextDesktop::ExternalTextDesktop(RealDesktop& desktop)
       screens(*connection),
       accessibility(&topLevelWindows),
       inspector_(accessibility),
-      poster(windows, {{}, &inspector_, [this](quint64 window) { pasteboard.pastePosted(window); }}),
+      poster(windows, {{},
+                       &inspector_,
+                       [this](quint64 window) {
+                           pasteboard.pastePosted(window);
+                           if (atPaste) atPaste();
+                       }}),
       preferences(desktop.file(QStringLiteral("preferences.json"))),
-      reader(accessibility, workspace, preferences),
-      locator(accessibility, workspace, screens),
       loan(pasteboard, runLoop),
-      writeback(accessibility, workspace, loan, poster, runLoop),
+      guard(runLoop),
+      fallback(workspace, pasteboard, loan, poster, runLoop, guard),
+      reader(accessibility, workspace, preferences),
+      wholeReader(accessibility, workspace, preferences, &fallback),
+      locator(accessibility, workspace, screens),
+      writeback(accessibility, workspace, loan, poster, runLoop, &fallback),
       directWriteback(accessibility, workspace, loan, refusingPoster, runLoop) {
 }
 

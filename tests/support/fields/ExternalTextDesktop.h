@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ExternalAccess/ExternalTextClipboardFallback.h"
 #include "ExternalAccess/ExternalTextInputLocator.h"
 #include "ExternalAccess/ExternalTextInputReader.h"
 #include "ExternalAccess/ExternalTextWriteback.h"
@@ -14,6 +15,8 @@
 #include "Platform/Linux/X11/X11Workspace.h"
 #include "Platform/Linux/X11TopLevelWindows.h"
 #include "support/desktop/RealDesktop.h"
+
+#include <functional>
 
 namespace veltrin {
 
@@ -42,12 +45,19 @@ private:
     FieldInspector inspector_;
 
 public:
+    std::function<void()> atPaste;  ///< just before a paste key goes out; may be empty
     X11KeyPoster poster;
     RefusingPoster refusingPoster;
     FilePreferences preferences;
-    ExternalTextInputReader reader;
-    ExternalTextInputLocator locator;
     PasteboardLoan loan;
+    ClipboardFallbackInterferenceGuard guard;
+    ExternalTextClipboardFallback fallback;
+    /// By accessibility alone: what it cannot read, reads as empty at once.
+    ExternalTextInputReader reader;
+    /// As in the program, by copying where accessibility gives nothing.
+    ExternalTextInputReader wholeReader;
+    ExternalTextInputLocator locator;
+    /// As in the program.
     ExternalTextWriteback writeback;
     /// Without the paste.
     ExternalTextWriteback directWriteback;

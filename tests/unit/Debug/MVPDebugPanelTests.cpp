@@ -331,7 +331,7 @@ TEST_F(MVPDebugPanelTest, theChoiceSpeaksEnglishWhenTheInterfaceDoes) {
     const ChoiceContent& content = last().spec.choice;
     EXPECT_EQ(content.title, QStringLiteral("Optimize Prompt"));
     EXPECT_EQ(content.presetMark, QStringLiteral("Preset"));
-    EXPECT_EQ(content.agents[0].title, QStringLiteral("No optimize agent set"));
+    EXPECT_EQ(content.agents[0].title, QStringLiteral("No agent set"));
     EXPECT_EQ(content.presets[0].slot, 1);  // without a slot of its own, its position
 }
 

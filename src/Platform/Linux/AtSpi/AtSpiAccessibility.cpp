@@ -2,12 +2,14 @@
 
 #include "Platform/Linux/AtSpi/AtSpiElement.h"
 #include "Platform/Linux/AtSpi/AtSpiWorker.h"
+#include "Platform/Linux/AtSpi/ObjectReading.h"
 #include "Platform/Linux/AtSpi/PlacedRectangle.h"
 #include "Platform/Linux/AtSpi/TextAccess.h"
 #include "Platform/Linux/TopLevelWindows.h"
 
 #include <QCoreApplication>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 
@@ -41,26 +43,8 @@ bool isRunning(qint32 processIdentifier) {
     return processIdentifier > 0 && (kill(processIdentifier, 0) == 0 || errno == EPERM);
 }
 
-template <typename T>
-AXResult<AXValue> asValue(const AXResult<T>& result) {
+AXResult<AXValue> asValue(const AXResult<QRectF>& result) {
     return result.ok() ? AXResult<AXValue>(AXValue(result.value)) : AXResult<AXValue>(result.error);
-}
-
-AXResult<AXValue> stringProperty(const ObjectAddress& object, const char* name, Conversation& conversation) {
-    const AtSpi::Reply reply = conversation.reply(conversation.property(object, Name::accessible, name));
-    return reply.ok() ? AXResult<AXValue>(AXValue(reply.text())) : AXResult<AXValue>(reply.error);
-}
-
-AXResult<AXValue> roleOf(const ObjectAddress& object, bool isSubrole, Conversation& conversation) {
-    AtSpi::Pending role = conversation.call(object, Name::accessible, "GetRole");
-    AtSpi::Pending states = conversation.call(object, Name::accessible, "GetState");
-    const AtSpi::Reply roleReply = conversation.reply(std::move(role));
-    const AtSpi::Reply stateReply = conversation.reply(std::move(states));
-    if (!roleReply.ok()) return roleReply.error;
-    const auto number = static_cast<AtSpi::Role>(roleReply.number());
-    if (!isSubrole) return AXValue(AtSpi::roleName(number, stateReply.states()));
-    const QString subrole = AtSpi::subroleName(number);
-    return subrole.isEmpty() ? AXResult<AXValue>(AXError::noValue) : AXResult<AXValue>(AXValue(subrole));
 }
 
 AXResult<bool> hasFocus(const ObjectAddress& object, Conversation& conversation) {
@@ -187,30 +171,28 @@ AXResult<AXValue> AtSpiAccessibility::ofObject(const AtSpiElement& object, AXAtt
         return attribute == AXAttribute::position ? AXValue(rectangle.value.topLeft())
                                                   : AXValue(rectangle.value.size());
     }
-    const ObjectAddress& address = object.address();
-    return worker_->ask<AXValue>([=](Room& room, Conversation& conversation) -> AXResult<AXValue> {
-        switch (attribute) {
-            case AXAttribute::role:
-            case AXAttribute::subrole:
-                return roleOf(address, attribute == AXAttribute::subrole, conversation);
-            case AXAttribute::title:
-                return stringProperty(address, "Name", conversation);
-            case AXAttribute::description:
-                return stringProperty(address, "Description", conversation);
-            case AXAttribute::value:
-                return asValue(TextAccess(address, room.directory, conversation).value());
-            case AXAttribute::selectedText:
-                return asValue(TextAccess(address, room.directory, conversation).selectedText());
-            case AXAttribute::selectedTextRange:
-                return asValue(TextAccess(address, room.directory, conversation).selectedRange());
-            case AXAttribute::focused:
-                return asValue(hasFocus(address, conversation));
-            case AXAttribute::boundsForRange:
-                return AXError::illegalArgument;
-            default:
-                return AXError::attributeUnsupported;
-        }
+    return ofObject(object, std::vector{attribute}).front();
+}
+
+std::vector<AXResult<AXValue>> AtSpiAccessibility::ofObject(const AtSpiElement& object,
+                                                            const std::vector<AXAttribute>& attributes) {
+    using Values = std::vector<AXResult<AXValue>>;
+    auto found = worker_->ask<Values>(
+        [address = object.address(), attributes](Room& room, Conversation& conversation) -> AXResult<Values> {
+            return AtSpi::ObjectReading(address, room.directory, conversation).values(attributes);
+        });
+    return found.ok() ? std::move(found.value) : Values(attributes.size(), found.error);
+}
+
+std::vector<AXResult<AXValue>> AtSpiAccessibility::copyAttributeValues(
+    const AXElementRef& element, const std::vector<AXAttribute>& attributes) {
+    const AtSpiElement* target = own(element);
+    const bool asksForPlace = std::any_of(attributes.begin(), attributes.end(), [](AXAttribute attribute) {
+        return attribute == AXAttribute::position || attribute == AXAttribute::size;
     });
+    if (!target || target->kind() != AtSpiElement::Kind::object || asksForPlace)
+        return Accessibility::copyAttributeValues(element, attributes);
+    return ofObject(*target, attributes);
 }
 
 AXResult<QRectF> AtSpiAccessibility::frame(const AtSpiElement& object) {

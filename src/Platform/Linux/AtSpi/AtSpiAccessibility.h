@@ -36,6 +36,8 @@ public:
     bool promptForTrust() override;
     AXElementRef applicationElement(qint32 processIdentifier) override;
     AXResult<AXValue> copyAttributeValue(const AXElementRef& element, AXAttribute attribute) override;
+    std::vector<AXResult<AXValue>> copyAttributeValues(const AXElementRef& element,
+                                                       const std::vector<AXAttribute>& attributes) override;
     AXResult<AXValue> copyParameterizedAttributeValue(const AXElementRef& element, AXAttribute attribute,
                                                       const AXValue& parameter) override;
     AXError setAttributeValue(const AXElementRef& element, AXAttribute attribute,
@@ -50,6 +52,8 @@ private:
     AXResult<AXValue> ofApplication(const AtSpi::AtSpiElement& application, AXAttribute attribute);
     AXResult<AXValue> ofWindow(const AtSpi::AtSpiElement& window, AXAttribute attribute);
     AXResult<AXValue> ofObject(const AtSpi::AtSpiElement& object, AXAttribute attribute);
+    std::vector<AXResult<AXValue>> ofObject(const AtSpi::AtSpiElement& object,
+                                            const std::vector<AXAttribute>& attributes);
     AXResult<AXValue> focusedElement(qint32 processIdentifier);
     AXResult<QRectF> frame(const AtSpi::AtSpiElement& object);
     AXResult<QRectF> onDesktop(const AtSpi::PlacedRectangle& placed, qint32 processIdentifier) const;

@@ -26,6 +26,12 @@ QVariantList offsetArguments(const OffsetRange& range) {
     return {static_cast<int>(range.start), static_cast<int>(range.end)};
 }
 
+/// Why the text of an object with these facts must not be touched.
+AXError obstacle(const ElementFacts& facts) {
+    if (facts.isPassword()) return AXError::noValue;
+    return facts.hasText ? AXError::success : AXError::attributeUnsupported;
+}
+
 }  // namespace
 
 TextAccess::TextAccess(ObjectAddress object, ApplicationDirectory& directory, Conversation& conversation)
@@ -35,9 +41,13 @@ TextAccess::TextAccess(ObjectAddress object, ApplicationDirectory& directory, Co
 AXResult<ElementFacts> TextAccess::readableFacts() {
     auto facts = factsOf(object_, directory_, conversation_);
     if (!facts.ok()) return facts;
-    if (facts.value.isPassword()) return AXError::noValue;
-    if (!facts.value.hasText) return AXError::attributeUnsupported;
-    return facts;
+    const AXError error = obstacle(facts.value);
+    return error == AXError::success ? facts : AXResult<ElementFacts>(error);
+}
+
+AXResult<TextState> TextAccess::state(const ElementFacts& facts) {
+    const AXError error = obstacle(facts);
+    return error == AXError::success ? read(facts) : AXResult<TextState>(error);
 }
 
 AXResult<TextState> TextAccess::read(const ElementFacts& facts) {
@@ -46,13 +56,6 @@ AXResult<TextState> TextAccess::read(const ElementFacts& facts) {
     // one.
     if (state.ok() && !state.value.isSelectionKnown) return AXError::cannotComplete;
     return state;
-}
-
-AXResult<QString> TextAccess::value() {
-    const auto facts = readableFacts();
-    if (!facts.ok()) return facts.error;
-    const auto state = read(facts.value);
-    return state.ok() ? AXResult<QString>(state.value.text()) : AXResult<QString>(state.error);
 }
 
 /// A terminal's text is what stands on its visible rows up to the caret; the scroll-back is nobody's text
@@ -94,22 +97,6 @@ AXResult<TextState> TextAccess::terminalState() {
         state.isSelectionKnown = last > first;
     }
     return state;
-}
-
-AXResult<QString> TextAccess::selectedText() {
-    const auto facts = readableFacts();
-    if (!facts.ok()) return facts.error;
-    const auto state = read(facts.value);
-    if (!state.ok()) return state.error;
-    return state.value.selection ? state.value.selectedText() : QString(QLatin1String(""));
-}
-
-AXResult<TextRange> TextAccess::selectedRange() {
-    const auto facts = readableFacts();
-    if (!facts.ok()) return facts.error;
-    const auto state = read(facts.value);
-    if (!state.ok()) return state.error;
-    return state.value.selectedRange();
 }
 
 AXResult<QRectF> TextAccess::bounds(const TextRange& range) {

@@ -4,15 +4,14 @@
 
 namespace veltrin::AtSpi {
 
-/// Reading and writing the text of one element. The element's facts are taken afresh for each, so that a
+/// Reading and writing the text of one element. Writing takes the element's facts afresh each time, so that a
 /// field that has become a password field or read-only meanwhile is treated as one. Worker thread only.
 class TextAccess {
 public:
     TextAccess(ObjectAddress object, ApplicationDirectory& directory, Conversation& conversation);
 
-    AXResult<QString> value();
-    AXResult<QString> selectedText();
-    AXResult<TextRange> selectedRange();
+    /// The text with its selection, of an object with these facts; `noValue` of a password field.
+    AXResult<TextState> state(const ElementFacts& facts);
     AXResult<QRectF> bounds(const TextRange& range);
 
     /// Each writes and reads back; `cannotComplete` when what was written does not stand there.

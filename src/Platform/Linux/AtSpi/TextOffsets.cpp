@@ -14,6 +14,7 @@ bool isPairAt(const QString& text, qsizetype unit) {
 /// Gecko puts U+FEFF after each character beyond the basic plane, so that its UTF-16 offsets count as
 /// characters.
 QString withoutPadding(const QString& raw) {
+    if (!raw.contains(padding)) return raw;
     QString text;
     text.reserve(raw.size());
     for (qsizetype i = 0; i < raw.size(); ++i) {

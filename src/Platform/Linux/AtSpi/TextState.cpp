@@ -93,7 +93,7 @@ public:
             qint64 end = text.indexOf(embeddedObject, from);
             if (end < 0) end = text.size();
             addPiece(block, from, end - from);
-            if (end < text.size()) addEmbedded(block.embedded[child++]);
+            if (end < text.size()) addSelectable(block, end, block.embedded[child++]);
             from = end + 1;
         }
     }
@@ -114,8 +114,20 @@ public:
         return text_.size();
     }
 
+    /// The caret is at one end of what is selected. Where a selection ends at the beginning of a block, or
+    /// begins at the end of one, no block tells of the line break that belongs to it.
+    void setCaret(qint64 caret) {
+        state.caret = caret;
+        if (!state.selection) return;
+        const qint64 start = state.selection->location;
+        const qint64 end = start + state.selection->length;
+        if (caret == end + 1 && text_[end] == u'\n') select(caret, caret);
+        if (caret == start - 1 && text_[caret] == u'\n') select(caret, caret);
+    }
+
     TextState finished() {
         state.offsets = TextOffsets(text_, text_.size(), Toolkit::other);
+        if (state.selection && state.selection->length == 0) state.selection.reset();
         return std::move(state);
     }
 
@@ -148,9 +160,24 @@ private:
         const qint64 start = std::max(block.state.selection->location, from);
         const qint64 end =
             std::min(block.state.selection->location + block.state.selection->length, from + length);
-        if (start >= end) return;
-        const qint64 first = piece.at + start - from;
-        const qint64 last = piece.at + end - from;
+        if (start < end) select(piece.at + start - from, piece.at + end - from);
+    }
+
+    /// Adds what stands at `place` in its parent. A selection that begins at the very end of a block, or ends
+    /// at the very beginning of one, shows in the parent only: the block says that nothing is selected in it.
+    void addSelectable(const Block& parent, qint64 place, const Block& block) {
+        const auto former = state.selection;
+        addEmbedded(block);
+        const auto& selection = parent.state.selection;
+        if (!selection || selection->length < 2 || state.selection != former) return;
+        const auto stands = [&block](const TextPiece& piece) { return piece.object == block.object; };
+        const auto first = std::find_if(state.pieces.begin(), state.pieces.end(), stands);
+        if (place == selection->location) select(text_.size(), text_.size());
+        if (place == selection->location + selection->length - 1 && first != state.pieces.end())
+            select(first->at, first->at);
+    }
+
+    void select(qint64 first, qint64 last) {
         const TextRange former = state.selection.value_or(TextRange{first, 0});
         const qint64 location = std::min(former.location, first);
         state.selection = TextRange{location, std::max(former.location + former.length, last) - location};
@@ -196,7 +223,7 @@ AXResult<TextState> readTextState(const ObjectAddress& object, Toolkit toolkit, 
     if (!load(field, 0, budget, toolkit, conversation)) return AXError::cannotComplete;
     Assembly assembly;
     assembly.add(field);
-    assembly.state.caret = assembly.caretOf(field);
+    assembly.setCaret(assembly.caretOf(field));
     assembly.state.ownLength = field.state.offsets.length();
     return assembly.finished();
 }

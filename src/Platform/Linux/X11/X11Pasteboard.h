@@ -23,6 +23,9 @@ public:
     PasteboardString string() const override;
     void clearContents() override;
     bool setString(const QString& text, PasteboardContent content) override;
+    QStringList types() const override;
+    std::optional<PasteboardSnapshot> snapshot() const override;
+    bool restore(const PasteboardSnapshot& snapshot) override;
 
     /// A paste key was posted to this window just now; see X11SelectionServer::pastePosted.
     void pastePosted(quint64 window) {
@@ -30,6 +33,9 @@ public:
     }
 
 private:
+    /// What we offer, while we are the owner.
+    std::optional<X11SelectionServer::Offer> own() const;
+
     std::unique_ptr<X11SelectionServer> server_;
     std::unique_ptr<X11SelectionReader> reader_;
 };

@@ -69,8 +69,8 @@ qint64 X11SelectionReader::changeCountAt(std::uint64_t timestamp) {
     return count;
 }
 
-/// Waits for an event, counting changes on the way. Answers that nobody waits for any more are taken off the
-/// window, so that their owners get on.
+/// Waits for an event, counting changes on the way. Answers and pieces that nobody waits for any more are
+/// taken off the window, so that their owners get on.
 bool X11SelectionReader::wait(Clock::time_point deadline,
                               const std::function<bool(const xcb_generic_event_t&)>& wanted) {
     const auto left = std::max(milliseconds(0), std::chrono::ceil<milliseconds>(deadline - Clock::now()));
@@ -79,10 +79,22 @@ bool X11SelectionReader::wait(Clock::time_point deadline,
         if (wanted(event)) return true;
         if ((event.response_type & 0x7F) == XCB_SELECTION_NOTIFY) {
             const auto property = as<xcb_selection_notify_event_t>(event).property;
-            if (property != XCB_NONE) xcb_delete_property(connection_->xcb(), window_, property);
+            if (property != XCB_NONE) giveUp(property);
+        }
+        if ((event.response_type & 0x7F) == XCB_PROPERTY_NOTIFY) {
+            const auto& change = as<xcb_property_notify_event_t>(event);
+            if (change.state == XCB_PROPERTY_NEW_VALUE && givenUp_.contains(change.atom))
+                xcb_delete_property(connection_->xcb(), window_, change.atom);
         }
         return false;
     });
+}
+
+/// Takes away what an owner sends there, now and later, without looking at it.
+void X11SelectionReader::giveUp(xcb_atom_t property) {
+    givenUp_.insert(property);
+    xcb_delete_property(connection_->xcb(), window_, property);
+    connection_->flush();
 }
 
 xcb_atom_t X11SelectionReader::nextProperty() {
@@ -116,14 +128,16 @@ std::optional<X11Connection::Property> X11SelectionReader::take(xcb_atom_t prope
     return connection_->property(cookie);
 }
 
-X11SelectionReader::Answer X11SelectionReader::read(xcb_atom_t target, Clock::time_point deadline) {
-    const auto time = serverTime(deadline);
+X11SelectionReader::Answer X11SelectionReader::read(xcb_atom_t target, Clock::time_point answerBy,
+                                                    Clock::time_point deadline) {
+    const auto time = serverTime(answerBy);
     if (!time) return {};
     const auto property = nextProperty();
+    givenUp_.erase(property);
     xcb_delete_property(connection_->xcb(), window_, property);
     xcb_convert_selection(connection_->xcb(), window_, clipboard_, target, property, *time);
     Answer answer;
-    const bool answered = wait(deadline, [&](const xcb_generic_event_t& event) {
+    const bool answered = wait(answerBy, [&](const xcb_generic_event_t& event) {
         if ((event.response_type & 0x7F) != XCB_SELECTION_NOTIFY) return false;
         const auto& notify = as<xcb_selection_notify_event_t>(event);
         if (notify.selection != clipboard_ || notify.target != target || notify.time != *time) return false;
@@ -133,11 +147,12 @@ X11SelectionReader::Answer X11SelectionReader::read(xcb_atom_t target, Clock::ti
     });
     if (!answered || answer.status != Answer::Status::value) return answer;
     const auto content = take(property);
-    if (!content) return {Answer::Status::refused, {}, XCB_ATOM_NONE};
+    if (!content) return {Answer::Status::refused, {}, XCB_ATOM_NONE, 8};
     // Taking the announcement away has told the owner to send the first piece.
     if (content->type == connection_->atom("INCR")) return readPieces(property, deadline);
     answer.bytes = content->bytes;
     answer.type = content->type;
+    answer.format = content->format;
     return answer;
 }
 
@@ -149,7 +164,10 @@ X11SelectionReader::Answer X11SelectionReader::readPieces(xcb_atom_t property, C
             const auto& change = as<xcb_property_notify_event_t>(event);
             return change.atom == property && change.state == XCB_PROPERTY_NEW_VALUE;
         });
-        if (!came) return {};
+        if (!came) {
+            giveUp(property);
+            return {};
+        }
         const auto piece = take(property);
         // The notice of the announcement itself comes when it has been taken already.
         if (!piece) continue;
@@ -159,6 +177,7 @@ X11SelectionReader::Answer X11SelectionReader::readPieces(xcb_atom_t property, C
         }
         answer.bytes += piece->bytes;
         answer.type = piece->type;
+        answer.format = piece->format;
     }
 }
 
@@ -202,6 +221,19 @@ PasteboardString X11SelectionReader::ask(Clock::time_point deadline) {
                 isLatin ? QString::fromLatin1(bytes) : QString::fromUtf8(bytes), isMarkedSecret(deadline)};
     }
     return {};
+}
+
+xcb_atom_t X11SelectionReader::atom(const QString& name) const {
+    return isUsable() ? connection_->atom(name.toStdString()) : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
+}
+
+QString X11SelectionReader::nameOf(xcb_atom_t atom) const {
+    if (!isUsable()) return {};
+    const X11Reply<xcb_get_atom_name_reply_t> name(
+        xcb_get_atom_name_reply(connection_->xcb(), xcb_get_atom_name(connection_->xcb(), atom), nullptr));
+    return name ? QString::fromLatin1(xcb_get_atom_name_name(name.get()),
+                                      xcb_get_atom_name_name_length(name.get()))
+                : QString();
 }
 
 }  // namespace veltrin

@@ -27,6 +27,14 @@ constexpr seconds requestorRemembered{2};
 /// still be stamped by it.
 constexpr seconds postedPatience{10};
 constexpr xcb_timestamp_t changeSlack = 50;
+/// So long a request of the client that was posted to counts as its paste, whatever it is stamped with: GDK
+/// asks for the server's time when it gets to the key. Keys are handled in their order, so the user's own
+/// paste comes second.
+constexpr seconds timedPatience{3};
+/// An application that hears of the offer looks at it, perhaps, before it handles the key: Qt Quick fetches
+/// the whole text to know whether it could be pasted. The posted paste is over this long after the first such
+/// fetch.
+constexpr milliseconds afterFirstFetch{500};
 constexpr seconds transferPatience{5};
 /// Longer content goes in pieces of this size.
 constexpr qsizetype pieceSize = qsizetype{192} * 1024;
@@ -96,7 +104,8 @@ std::optional<X11SelectionServer::Offer> X11SelectionServer::current() const {
 
 void X11SelectionServer::handOver(milliseconds limit) {
     const auto now = current();
-    if (!now || !now->utf8 || now->content != PasteboardContent::lasting) return;
+    const bool isEmpty = !now || (!now->utf8 && now->kept.empty());
+    if (isEmpty || now->content != PasteboardContent::lasting) return;
     runErrand(Errand::handOver, limit);
 }
 
@@ -150,26 +159,39 @@ void X11SelectionServer::run() {
 /// property of one's own window brings.
 void X11SelectionServer::beginErrand() {
     Errand errand = Errand::none;
-    xcb_timestamp_t since = XCB_CURRENT_TIME;
+    Held held;
     {
         const std::lock_guard guard(mutex_);
         if (errand_ == begun_ || errand_ == Errand::none) return;
         errand = begun_ = errand_;
-        if (!held_.empty()) since = held_.back().since;
+        if (!held_.empty()) held = held_.back();
     }
-    auto* xcb = connection_->xcb();
     if (errand == Errand::take) {
-        xcb_change_property(xcb, XCB_PROP_MODE_APPEND, window_, atoms_.stamp, XCB_ATOM_STRING, 8, 0, nullptr);
-        return;
+        xcb_change_property(connection_->xcb(), XCB_PROP_MODE_APPEND, window_, atoms_.stamp, XCB_ATOM_STRING,
+                            8, 0, nullptr);
+    } else {
+        askManager(held.offer, held.since);
     }
+}
+
+/// Asks the clipboard manager to take over what is on offer.
+void X11SelectionServer::askManager(const Offer& offer, xcb_timestamp_t since) {
+    auto* xcb = connection_->xcb();
     const X11Reply<xcb_get_selection_owner_reply_t> manager(
         xcb_get_selection_owner_reply(xcb, xcb_get_selection_owner(xcb, atoms_.manager), nullptr));
     if (!manager || manager->owner == XCB_NONE) {
         finishErrand(false);
         return;
     }
-    const xcb_atom_t kept[] = {atoms_.utf8, atoms_.plainUtf8, XCB_ATOM_STRING};
-    xcb_change_property(xcb, XCB_PROP_MODE_REPLACE, window_, atoms_.list, XCB_ATOM_ATOM, 32, 3, kept);
+    std::vector<xcb_atom_t> kept{atoms_.utf8, atoms_.plainUtf8, XCB_ATOM_STRING};
+    if (!offer.kept.empty()) {
+        kept.clear();
+        kept.reserve(offer.kept.size());
+        for (const auto& [target, content] : offer.kept)
+            kept.push_back(target);
+    }
+    xcb_change_property(xcb, XCB_PROP_MODE_REPLACE, window_, atoms_.list, XCB_ATOM_ATOM, 32,
+                        static_cast<std::uint32_t>(kept.size()), kept.data());
     xcb_convert_selection(xcb, window_, atoms_.manager, atoms_.saveTargets, atoms_.list, since);
 }
 
@@ -230,7 +252,7 @@ void X11SelectionServer::handle(const xcb_generic_event_t& event) {
 
 void X11SelectionServer::pastePosted(xcb_window_t window) {
     const std::lock_guard guard(mutex_);
-    if (!held_.empty()) posted_ = Posted{clientOf(window), held_.back().number, Clock::now()};
+    if (!held_.empty()) posted_ = Posted{clientOf(window), held_.back().number, Clock::now(), {}};
 }
 
 /// What all windows of one client have in common.
@@ -242,9 +264,12 @@ xcb_window_t X11SelectionServer::clientOf(xcb_window_t window) const {
 std::optional<std::uint64_t> X11SelectionServer::offerOfPostedPaste(
     const xcb_selection_request_event_t& event, Clock::time_point now) const {
     if (!posted_ || posted_->client != clientOf(event.requestor)) return std::nullopt;
-    const bool isLate = now - posted_->when > postedPatience;
-    const bool isTimed =
-        event.time != XCB_CURRENT_TIME && !isBefore(event.time, held_.back().since + changeSlack);
+    const auto age = now - posted_->when;
+    const bool isLate =
+        age > postedPatience || (posted_->fetched && now - *posted_->fetched > afterFirstFetch);
+    const bool isTrusted = posted_->fetched || age > timedPatience;
+    const bool isTimed = isTrusted && event.time != XCB_CURRENT_TIME &&
+                         !isBefore(event.time, held_.back().since + changeSlack);
     return isLate || isTimed ? std::nullopt : std::optional(posted_->number);
 }
 
@@ -269,8 +294,8 @@ const X11SelectionServer::Held* X11SelectionServer::heldFor(const xcb_selection_
     }
     if (found == nullptr && wanted) found = &held_.back();
     if (found != nullptr && posted_ && found->number == posted_->number && isText(event.target) &&
-        posted_->client == clientOf(event.requestor)) {
-        posted_.reset();
+        posted_->client == clientOf(event.requestor) && !posted_->fetched) {
+        posted_->fetched = now;
     }
     if (found != nullptr && found != &held_.back()) late_[event.requestor] = {found->number, now};
     return found;
@@ -322,30 +347,44 @@ bool X11SelectionServer::answerMultiple(const xcb_selection_request_event_t& eve
     return true;
 }
 
+std::vector<std::uint32_t> X11SelectionServer::targetsOf(const Offer& offer) const {
+    std::vector<std::uint32_t> list{atoms_.targets, atoms_.timestamp, atoms_.multiple};
+    const bool isLasting = offer.content == PasteboardContent::lasting;
+    for (const auto& [target, content] : offer.kept)
+        list.push_back(target);
+    if (offer.kept.empty() && offer.utf8) {
+        list.insert(list.end(), {atoms_.utf8, atoms_.plainUtf8, atoms_.plain, atoms_.text, XCB_ATOM_STRING});
+        if (!isLasting) list.push_back(atoms_.secretHint);
+    }
+    if (isLasting && (offer.utf8 || !offer.kept.empty())) list.push_back(atoms_.saveTargets);
+    return list;
+}
+
 std::optional<X11SelectionServer::Content> X11SelectionServer::convert(xcb_atom_t target, const Offer& offer,
                                                                        xcb_timestamp_t since) const {
-    if (target == atoms_.targets) {
-        std::vector<std::uint32_t> list{atoms_.targets, atoms_.timestamp, atoms_.multiple};
-        if (offer.utf8) {
-            list.insert(list.end(),
-                        {atoms_.utf8, atoms_.plainUtf8, atoms_.plain, atoms_.text, XCB_ATOM_STRING});
-            list.push_back(offer.content == PasteboardContent::lasting ? atoms_.saveTargets
-                                                                       : atoms_.secretHint);
-        }
-        return Content{XCB_ATOM_ATOM, 32, bytesOf(list)};
-    }
+    if (target == atoms_.targets) return Content{XCB_ATOM_ATOM, 32, bytesOf(targetsOf(offer))};
     if (target == atoms_.timestamp) return Content{XCB_ATOM_INTEGER, 32, bytesOf({since})};
-    if (!offer.utf8) return std::nullopt;
+    if (!offer.utf8 && offer.kept.empty()) return std::nullopt;
+    if (target == atoms_.saveTargets && offer.content == PasteboardContent::lasting)
+        return Content{atoms_.null, 32, QByteArray()};
+    return offer.kept.empty() ? convertText(target, offer) : convertKept(target, offer);
+}
+
+std::optional<X11SelectionServer::Content> X11SelectionServer::convertText(xcb_atom_t target,
+                                                                           const Offer& offer) const {
     if (target == atoms_.utf8 || target == atoms_.text) return Content{atoms_.utf8, 8, *offer.utf8};
     if (target == atoms_.plainUtf8 || target == atoms_.plain) return Content{target, 8, *offer.utf8};
     if (target == XCB_ATOM_STRING) return Content{target, 8, QString::fromUtf8(*offer.utf8).toLatin1()};
-    if (target == atoms_.secretHint && offer.content != PasteboardContent::lasting) {
+    if (target == atoms_.secretHint && offer.content != PasteboardContent::lasting)
         return Content{target, 8, QByteArrayLiteral("secret")};
-    }
-    if (target == atoms_.saveTargets && offer.content == PasteboardContent::lasting) {
-        return Content{atoms_.null, 32, QByteArray()};
-    }
     return std::nullopt;
+}
+
+std::optional<X11SelectionServer::Content> X11SelectionServer::convertKept(xcb_atom_t target,
+                                                                           const Offer& offer) {
+    const auto found = std::find_if(offer.kept.begin(), offer.kept.end(),
+                                    [target](const auto& entry) { return entry.first == target; });
+    return found == offer.kept.end() ? std::nullopt : std::optional(found->second);
 }
 
 bool X11SelectionServer::give(xcb_window_t requestor, xcb_atom_t target, xcb_atom_t property,
@@ -363,7 +402,7 @@ bool X11SelectionServer::give(xcb_window_t requestor, xcb_atom_t target, xcb_ato
     xcb_change_window_attributes(xcb, requestor, XCB_CW_EVENT_MASK, &events);
     const auto size = static_cast<std::uint32_t>(content->bytes.size());
     xcb_change_property(xcb, XCB_PROP_MODE_REPLACE, requestor, property, atoms_.incr, 32, 1, &size);
-    transfers_[{requestor, property}] = {content->bytes, 0, content->type, Clock::now()};
+    transfers_[{requestor, property}] = {content->bytes, 0, content->type, content->format, Clock::now()};
     return true;
 }
 
@@ -373,17 +412,34 @@ void X11SelectionServer::continueTransfer(const xcb_property_notify_event_t& eve
     if (found == transfers_.end()) return;
     auto& transfer = found->second;
     const auto size = std::min(pieceSize, transfer.bytes.size() - transfer.sent);
-    xcb_change_property(connection_->xcb(), XCB_PROP_MODE_REPLACE, event.window, event.atom, transfer.type, 8,
-                        static_cast<std::uint32_t>(size), transfer.bytes.constData() + transfer.sent);
+    xcb_change_property(connection_->xcb(), XCB_PROP_MODE_REPLACE, event.window, event.atom, transfer.type,
+                        transfer.format, static_cast<std::uint32_t>(size / (transfer.format / 8)),
+                        transfer.bytes.constData() + transfer.sent);
     transfer.sent += size;
     transfer.lastSign = Clock::now();
-    if (size == 0) transfers_.erase(found);
+    if (size > 0) return;
+    transfers_.erase(found);
+    stopListening(event.window);
+}
+
+/// Nothing is wanted any more of a requestor's window that no transfer goes to.
+void X11SelectionServer::stopListening(xcb_window_t requestor) {
+    const auto next = transfers_.lower_bound({requestor, XCB_ATOM_NONE});
+    if (next != transfers_.end() && next->first.first == requestor) return;
+    const std::uint32_t nothing = XCB_EVENT_MASK_NO_EVENT;
+    xcb_change_window_attributes(connection_->xcb(), requestor, XCB_CW_EVENT_MASK, &nothing);
 }
 
 void X11SelectionServer::dropOldTransfers() {
     const auto now = Clock::now();
-    std::erase_if(transfers_,
-                  [&](const auto& entry) { return now - entry.second.lastSign > transferPatience; });
+    std::vector<xcb_window_t> dropped;
+    std::erase_if(transfers_, [&](const auto& entry) {
+        const bool isOld = now - entry.second.lastSign > transferPatience;
+        if (isOld) dropped.push_back(entry.first.first);
+        return isOld;
+    });
+    for (const xcb_window_t requestor : dropped)
+        stopListening(requestor);
 }
 
 }  // namespace veltrin

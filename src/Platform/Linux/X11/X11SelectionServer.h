@@ -15,6 +15,7 @@
 #include <optional>
 #include <thread>
 #include <utility>
+#include <vector>
 
 namespace veltrin {
 
@@ -25,9 +26,18 @@ namespace veltrin {
 /// refused.
 class X11SelectionServer {
 public:
+    /// What is given for one target.
+    struct Content {
+        xcb_atom_t type = XCB_ATOM_NONE;
+        std::uint8_t format = 8;
+        QByteArray bytes;
+    };
     struct Offer {
-        std::optional<QByteArray> utf8;  ///< none: an empty clipboard
+        std::optional<QByteArray> utf8;  ///< none: no plain text of ours
         PasteboardContent content = PasteboardContent::lasting;
+        /// In place of plain text: what another program offered, by target, in its order. Targets that only
+        /// describe or act on the selection must not be among them.
+        std::vector<std::pair<xcb_atom_t, Content>> kept = {};
     };
 
     static std::unique_ptr<X11SelectionServer> start(const QByteArray& display);
@@ -40,8 +50,8 @@ public:
     /// What we offer; none when somebody else owns the selection.
     std::optional<Offer> current() const;
     /// A paste key was posted to this window just now. Until its client has fetched the text that is on
-    /// offer, it is given that text, for some seconds, though another offer of ours may have taken its place:
-    /// some toolkits stamp a late request with the time of that change.
+    /// offer, and half a second longer, it is given that text, though another offer of ours may have taken
+    /// its place: some toolkits stamp a late request with the time of that change. For ten seconds at most.
     void pastePosted(xcb_window_t window);
     /// The window that stands for us as the owner.
     xcb_window_t window() const { return window_; }
@@ -59,6 +69,7 @@ private:
         QByteArray bytes;
         qsizetype sent = 0;
         xcb_atom_t type = XCB_ATOM_NONE;
+        std::uint8_t format = 8;
         std::chrono::steady_clock::time_point lastSign;
     };
     struct Answered {
@@ -69,11 +80,7 @@ private:
         xcb_window_t client = XCB_NONE;
         std::uint64_t number = 0;
         std::chrono::steady_clock::time_point when;
-    };
-    struct Content {
-        xcb_atom_t type = XCB_ATOM_NONE;
-        std::uint8_t format = 8;
-        QByteArray bytes;
+        std::optional<std::chrono::steady_clock::time_point> fetched;  ///< the text, for the first time
     };
     enum class Errand { none, take, handOver };
 
@@ -85,12 +92,17 @@ private:
     bool give(xcb_window_t requestor, xcb_atom_t target, xcb_atom_t property, const Offer& offer,
               xcb_timestamp_t since);
     std::optional<Content> convert(xcb_atom_t target, const Offer& offer, xcb_timestamp_t since) const;
+    std::optional<Content> convertText(xcb_atom_t target, const Offer& offer) const;
+    static std::optional<Content> convertKept(xcb_atom_t target, const Offer& offer);
+    std::vector<std::uint32_t> targetsOf(const Offer& offer) const;
+    void askManager(const Offer& offer, xcb_timestamp_t since);
     xcb_window_t clientOf(xcb_window_t window) const;
     std::optional<std::uint64_t> offerOfPostedPaste(const xcb_selection_request_event_t& event,
                                                     std::chrono::steady_clock::time_point now) const;
     bool isText(xcb_atom_t target) const;
     const Held* heldFor(const xcb_selection_request_event_t& event);
     void continueTransfer(const xcb_property_notify_event_t& event);
+    void stopListening(xcb_window_t requestor);
     void dropOldTransfers();
     void beginErrand();
     void takeOwnership(xcb_timestamp_t time);
@@ -114,7 +126,7 @@ private:
     mutable std::mutex mutex_;  ///< guards what follows
     std::condition_variable finished_;
     std::deque<Held> held_;         ///< newest last; empty when we do not own the selection
-    std::optional<Posted> posted_;  ///< a posted paste whose text was not fetched yet
+    std::optional<Posted> posted_;  ///< the latest posted paste
     Errand errand_ = Errand::none;
     Errand begun_ = Errand::none;
     Offer next_;
