@@ -321,8 +321,8 @@ TEST_F(AppDelegateTest, addressesOfALoginReachTheAccount) {
     int presented = 0;
     veltrin.presentMainWindow = [&] { ++presented; };
     veltrin.launch();
-    veltrin.delegate().applicationOpen({QUrl(QStringLiteral("veltrin://auth?code=a")),
-                                        QUrl(QStringLiteral("veltrin://auth?code=b"))});
+    veltrin.delegate().applicationOpen(
+        {QUrl(QStringLiteral("veltrin://auth?code=a")), QUrl(QStringLiteral("veltrin://auth?code=b"))});
     EXPECT_EQ(codes, QStringList({QStringLiteral("a"), QStringLiteral("b")}));
     EXPECT_EQ(presented, 3);
 }
