@@ -15,6 +15,7 @@ namespace {
 constexpr double readySeconds = 6.0;
 constexpr double permissionSeconds = 6.0;
 constexpr double gesturesOffSeconds = 2.0;
+constexpr double dragOpenedSeconds = 1.6;
 
 /// The milliseconds of a setting, held within its range, in seconds.
 double seconds(const Setting<double>& milliseconds, double minimum, double maximum) {
@@ -47,8 +48,14 @@ AppDelegate::AppDelegate(const Desktop& desktop, const Shared& shared)
                 validator_, expressions_, shared.expressionMemory, shared.behaviors, shared.client,
                 shared.tasks, shared.sounds}),
       translation_(engine_, locator_, reader_, actions_),
+      chosen_(desktop.runLoop, engine_, reader_, actions_),
+      optimize_({desktop.runLoop, engine_, debugPanel_, locator_, shared.data.memoryActions, shared.agents,
+                 shared.settings, chosen_, shared.sounds}),
+      activeInteraction_(optimize_),
       gates_(shared.settings, appPolicy_),
+      authLinks_(desktop.preferences, [this] { showMainWindow(); }),
       quitShortcut_(desktop.keyEventTaps, desktop.runLoop, desktop.processControl) {
+    authLinks_.account = shared_.account;
 }
 
 AppDelegate::~AppDelegate() = default;
@@ -94,15 +101,44 @@ void AppDelegate::fillEngine() {
     engine_.tripleSpaceMaximumTotalInterval = [&settings] {
         return seconds(settings.tripleSpaceTotalIntervalMS, 300, 800);
     };
-    // A shortcut whose action does not exist is left to the application in front.
-    engine_.isActionAvailable = [](CustomShortcutAction action) {
-        return action == CustomShortcutAction::translation;
-    };
+    fillEngineActions();
+    fillEngineHooks();
+}
+
+void AppDelegate::fillEngineActions() {
+    engine_.isActionAvailable =
+        lifetime_.bind([this](CustomShortcutAction action) { return isActionAvailable(action); });
     engine_.onDouble = lifetime_.bind([this] { onDouble(); });
     engine_.onTriple = lifetime_.bind([this] { onTriple(); });
     engine_.onCustomShortcut = lifetime_.bind([this](CustomShortcutAction action) {
         desktop_.runLoop.post(lifetime_.bind([this, action] { handleCustomShortcut(action); }));
     });
+}
+
+void AppDelegate::fillEngineHooks() {
+    const auto keyDown = [this](qint64 keyCode, bool isAutoRepeat) {
+        return activeInteraction_.handleActiveInteractionKeyDown(keyCode, isAutoRepeat);
+    };
+    engine_.onKeyDownEvent = lifetime_.bind(keyDown);
+    engine_.onKeyUpEvent =
+        lifetime_.bind([this](qint64 keyCode) { return activeInteraction_.handleKeyUp(keyCode); });
+    // Asked a second time about a key that nobody claimed; the answer is the same.
+    engine_.onKeyDown = lifetime_.bind([keyDown](qint64 keyCode) { return keyDown(keyCode, false); });
+}
+
+/// A shortcut whose action does not exist is left to the application in front.
+bool AppDelegate::isActionAvailable(CustomShortcutAction action) const {
+    switch (action) {
+        case CustomShortcutAction::optimize:
+        case CustomShortcutAction::translation:
+            return true;
+        case CustomShortcutAction::drag:
+            return shared_.presentMainWindow != nullptr;
+        case CustomShortcutAction::smartSelect:
+        case CustomShortcutAction::voice:
+            break;
+    }
+    return false;
 }
 
 void AppDelegate::subscribeToSettings() {
@@ -134,6 +170,7 @@ void AppDelegate::setGestureEngineEnabled(bool enabled) {
 void AppDelegate::onDouble() {
     if (!gates_.allows(Trigger::doubleTap)) return;
     MVPLog::write("Double Space Triggered");
+    desktop_.runLoop.post(lifetime_.bind([this] { optimize_.showOptimizeChoicePanel(); }));
 }
 
 void AppDelegate::onTriple() {
@@ -143,8 +180,26 @@ void AppDelegate::onTriple() {
 }
 
 void AppDelegate::handleCustomShortcut(CustomShortcutAction action) {
-    if (action == CustomShortcutAction::translation && gates_.allows(Trigger::translationShortcut))
-        translation_.start(desktop_.runLoop);
+    switch (action) {
+        case CustomShortcutAction::optimize:
+            if (gates_.allows(Trigger::optimizeShortcut)) optimize_.showOptimizeChoicePanel();
+            break;
+        case CustomShortcutAction::translation:
+            if (gates_.allows(Trigger::translationShortcut)) translation_.start(desktop_.runLoop);
+            break;
+        case CustomShortcutAction::drag:
+            if (gates_.allows(Trigger::dragShortcut)) openDragWorkbench();
+            break;
+        case CustomShortcutAction::smartSelect:
+        case CustomShortcutAction::voice:
+            break;
+    }
+}
+
+void AppDelegate::openDragWorkbench() {
+    showMainWindow();
+    shared_.notifications.post(Notifications::veltrinNavigateToDragWorkbench);
+    debugPanel_.showPanel(QStringLiteral("拖拽入口已打开"), std::nullopt, dragOpenedSeconds);
 }
 
 void AppDelegate::warmUp() {
@@ -154,6 +209,7 @@ void AppDelegate::warmUp() {
 
 void AppDelegate::showMainWindow() {
     MVPLog::write("Main window requested");
+    if (shared_.presentMainWindow) shared_.presentMainWindow();
 }
 
 bool AppDelegate::applicationShouldHandleReopen(bool) {

@@ -1,7 +1,11 @@
 #pragma once
 
+#include "App/ActiveInteraction.h"
+#include "App/AuthLinks.h"
+#include "App/ChosenAction.h"
 #include "App/DirectTranslation.h"
 #include "App/ExternalActionHandler.h"
+#include "App/OptimizeInteraction.h"
 #include "App/QuitShortcut.h"
 #include "App/TriggerGates.h"
 #include "Debug/MVPDebugPanel.h"
@@ -23,6 +27,7 @@
 
 namespace veltrin {
 
+class AgentTeamManager;
 class AppSettings;
 struct DataStore;
 class ExpressionMemoryStore;
@@ -45,7 +50,11 @@ public:
         UserBehaviorTracker& behaviors;
         DataStore& data;
         ModelTasks& tasks;
+        AgentTeamManager& agents;
         InteractionSoundPlayer& sounds;
+        /// What the program may lack: its main window and its account.
+        std::function<void()> presentMainWindow{};
+        AuthLinks::Account account{};
     };
 
     AppDelegate(const Desktop& desktop, const Shared& shared);
@@ -57,6 +66,8 @@ public:
     /// The program was started again or its icon was pressed. Always answers false: nothing is left to the
     /// caller.
     bool applicationShouldHandleReopen(bool hasVisibleWindows);
+    /// Addresses that the desktop hands to this program, each in its order.
+    void applicationOpen(const std::vector<QUrl>& urls) { authLinks_.open(urls); }
     /// True: the process may end now.
     bool applicationShouldTerminate();
     void applicationWillTerminate();
@@ -66,10 +77,17 @@ public:
 
     SpaceGestureEngine& engine() { return engine_; }
     MVPDebugPanel& debugPanel() { return debugPanel_; }
+    /// The interactions that come before the choice in the path of a key attach themselves here.
+    ActiveInteraction& activeInteraction() { return activeInteraction_; }
+    OptimizeInteraction& optimizeInteraction() { return optimize_; }
 
 private:
     void setupNotificationObservers();
     void fillEngine();
+    void fillEngineActions();
+    void fillEngineHooks();
+    bool isActionAvailable(CustomShortcutAction action) const;
+    void openDragWorkbench();
     void subscribeToSettings();
     void setGestureEngineEnabled(bool enabled);
     void onDouble();
@@ -92,7 +110,11 @@ private:
     ExpressionRunner expressions_;
     ExternalActionHandler actions_;
     DirectTranslation translation_;
+    ChosenAction chosen_;
+    OptimizeInteraction optimize_;
+    ActiveInteraction activeInteraction_;
     TriggerGates gates_;
+    AuthLinks authLinks_;
     QuitShortcut quitShortcut_;
     std::vector<Subscription> notificationObservers_;
     Subscription settingsCancellable_;

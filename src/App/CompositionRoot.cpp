@@ -34,9 +34,10 @@
 #include "UI/Design/LookSource.h"
 #include "UI/Design/VtLook.h"
 #include "UI/Overlays/QuickFloatingPanels.h"
+#include "UI/Tray/TrayItem.h"
 
+#include <QApplication>
 #include <QDBusConnection>
-#include <QGuiApplication>
 #include <QStandardPaths>
 
 namespace veltrin {
@@ -54,9 +55,10 @@ QString preferencesPath() {
 
 /// In the order of need: each object may use those above it, and they end in the opposite order.
 struct CompositionRoot::Objects {
-    Objects(QGuiApplication& application, SingleInstance& singleInstance)
+    Objects(QApplication& application, SingleInstance& singleInstance)
         : instance(singleInstance), connection(X11Connection::open()), windows(*connection) {
         instance.activated = [this] { delegate.applicationShouldHandleReopen(false); };
+        instance.opened = [this](const std::vector<QUrl>& urls) { delegate.applicationOpen(urls); };
         QObject::connect(&application, &QCoreApplication::aboutToQuit, &runLoop,
                          [this] { delegate.applicationWillTerminate(); });
     }
@@ -104,11 +106,12 @@ struct CompositionRoot::Objects {
     AppDelegate delegate{
         Desktop{runLoop, keyEventTaps, keyPoster, accessibility, pasteboard, workspace, screens, preferences,
                 httpClient, floatingPanels, processControl, environment},
-        AppDelegate::Shared{settings, notifications, client, expressionMemory, behaviors, data, tasks,
+        AppDelegate::Shared{settings, notifications, client, expressionMemory, behaviors, data, tasks, agents,
                             sounds}};
+    TrayItem tray{{nullptr, [this] { terminate(); }}};
 };
 
-CompositionRoot::CompositionRoot(QGuiApplication& application, SingleInstance& instance)
+CompositionRoot::CompositionRoot(QApplication& application, SingleInstance& instance)
     : objects_(std::make_unique<Objects>(application, instance)) {
 }
 
@@ -117,6 +120,11 @@ CompositionRoot::~CompositionRoot() = default;
 void CompositionRoot::launch() {
     objects_->delegate.applicationDidFinishLaunching();
     objects_->floatingPanels.prepare();
+    objects_->tray.show();
+}
+
+void CompositionRoot::open(const QStringList& urls) {
+    if (!urls.isEmpty()) objects_->instance.Open(urls, {});
 }
 
 void CompositionRoot::terminate() {

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <QStringList>
+
 #include <memory>
 
-class QGuiApplication;
+class QApplication;
 
 namespace veltrin {
 
@@ -12,10 +14,12 @@ class SingleInstance;
 /// delegate. The only place that knows which adapter stands for which port.
 class CompositionRoot {
 public:
-    CompositionRoot(QGuiApplication& application, SingleInstance& instance);
+    CompositionRoot(QApplication& application, SingleInstance& instance);
     ~CompositionRoot();
 
     void launch();
+    /// Opens addresses that the program was started with.
+    void open(const QStringList& urls);
     /// Ends the process in the ordinary way.
     void terminate();
 

@@ -103,9 +103,9 @@ ExternalActionPipeline::Dependencies ExternalActionHandler::dependencies() {
         recordMemoryEvent(result, writebackSucceeded);
     });
     using Channel = InteractionSoundChannel;
-    to.startThinking = [&sounds = parts_.sounds](Channel channel) { sounds.startThinking(channel); };
-    to.playCompletion = [&sounds = parts_.sounds](Channel channel) { sounds.playCompletion(channel); };
-    to.playCancel = [&sounds = parts_.sounds](Channel channel) { sounds.playCancel(channel); };
+    to.startThinking = lifetime_.bind([this](Channel channel) { parts_.sounds.startThinking(channel); });
+    to.playCompletion = lifetime_.bind([this](Channel channel) { parts_.sounds.playCompletion(channel); });
+    to.playCancel = lifetime_.bind([this](Channel channel) { parts_.sounds.playCancel(channel); });
     // The client and the tracker outlive this object, and with it every run.
     to.recommendCommands = [client = parts_.client, &tracker = parts_.behaviors](
                                const QString& context, const ExternalAppContext& application) {

@@ -37,7 +37,7 @@ public:
         UserBehaviorTracker& behaviors;
         OllamaClient& client;
         ModelTasks& tasks;
-        InteractionSoundPlayer& sounds;  ///< outlives every run
+        InteractionSoundPlayer& sounds;
     };
 
     explicit ExternalActionHandler(const Parts& parts) : parts_(parts) {}

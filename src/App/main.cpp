@@ -4,8 +4,8 @@
 #include "Platform/Linux/SingleInstance.h"
 #include "Platform/Linux/TerminationSignals.h"
 
+#include <QApplication>
 #include <QCommandLineParser>
-#include <QGuiApplication>
 #include <QQuickWindow>
 
 #include <xcb/xcb.h>
@@ -36,7 +36,20 @@ std::optional<QString> displayProblem() {
         .arg(qEnvironmentVariable("DISPLAY"));
 }
 
-int run(QGuiApplication& application) {
+/// Leaves what this start was asked for to the program that runs already.
+bool handOver(SingleInstance& instance, const QStringList& urls) {
+    if (urls.isEmpty()) {
+        if (!instance.activateOther()) return false;
+        MVPLog::write("Veltrin is already running; brought it to front");
+        return true;
+    }
+    if (!instance.openInOther(urls)) return false;
+    // Not which: an address may carry a login.
+    MVPLog::write("Veltrin is already running; handed over addresses:", urls.size());
+    return true;
+}
+
+int run(QApplication& application) {
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral("An AI layer over every text field of the desktop."));
     parser.addHelpOption();
@@ -44,8 +57,11 @@ int run(QGuiApplication& application) {
     const QCommandLineOption logFile(QStringLiteral("log-file"), QStringLiteral("Append the log to <path>."),
                                      QStringLiteral("path"));
     parser.addOption(logFile);
+    parser.addPositionalArgument(QStringLiteral("urls"), QStringLiteral("Addresses to open, veltrin://…"),
+                                 QStringLiteral("[urls...]"));
     GalleryMode::addOptions(parser);
     parser.process(application);
+    const QStringList urls = parser.positionalArguments();
     if (parser.isSet(logFile)) MVPLog::setLogURL(parser.value(logFile));
 
     if (GalleryMode::isWanted(parser)) return GalleryMode::run(parser);
@@ -58,10 +74,7 @@ int run(QGuiApplication& application) {
             MVPLog::write("Single instance check skipped: no session bus");
             break;
         case SingleInstance::Outcome::another:
-            if (instance.activateOther()) {
-                MVPLog::write("Veltrin is already running; brought it to front");
-                return 0;
-            }
+            if (handOver(instance, urls)) return 0;
             // It holds the name and does not answer: most likely on its way out.
             if (instance.acquire(formerInstanceSeconds) == SingleInstance::Outcome::another) {
                 std::fprintf(stderr, "Veltrin is already running and does not answer.\n");
@@ -72,7 +85,8 @@ int run(QGuiApplication& application) {
     CompositionRoot root(application, instance);
     const TerminationSignals signals_([&root] { root.terminate(); });
     root.launch();
-    return QGuiApplication::exec();
+    root.open(urls);
+    return QApplication::exec();
 }
 
 }  // namespace
@@ -88,8 +102,8 @@ int main(int argc, char** argv) {
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     QCoreApplication::setApplicationName(QStringLiteral("Veltrin"));
     QCoreApplication::setApplicationVersion(QStringLiteral(VELTRIN_VERSION));
-    QGuiApplication::setDesktopFileName(QStringLiteral("com.veltrin.app"));
-    QGuiApplication::setQuitOnLastWindowClosed(false);
-    QGuiApplication application(argc, argv);
+    QApplication::setDesktopFileName(QStringLiteral("com.veltrin.app"));
+    QApplication::setQuitOnLastWindowClosed(false);
+    QApplication application(argc, argv);
     return veltrin::run(application);
 }

@@ -33,6 +33,15 @@ bool PasteboardLoan::offer(const QString& text) {
 }
 
 void PasteboardLoan::giveBack(const RememberedPasteboard& remembered) {
+    put(remembered);
+    // What stands there now is the user's, and may be newer than what an earlier loan remembers. Only that
+    // loan's own text is not.
+    for (Pending& pending : pending_) {
+        if (remembered.text != pending.offered) pending.remembered = remembered;
+    }
+}
+
+void PasteboardLoan::put(const RememberedPasteboard& remembered) {
     const auto content = remembered.isSecret ? PasteboardContent::secret : PasteboardContent::lasting;
     for (int attempt = 1; attempt <= giveBackAttempts; ++attempt) {
         pasteboard_.clearContents();
@@ -48,13 +57,16 @@ bool PasteboardLoan::stands(const QString& text) const {
     return pasteboard_.string().value() == text || pasteboard_.changeCount() != ownChangeCount_;
 }
 
-bool PasteboardLoan::giveBackUnlessNewer(const RememberedPasteboard& remembered, const QString& offered) {
+bool PasteboardLoan::isOurs(const QString& offered) const {
     // Whoever took the pasteboard since our last change of it holds the user's newer copy, and that stays.
     // Our own text in other hands (a clipboard manager took it over) is still ours to take back.
-    const bool isOurs =
-        pasteboard_.changeCount() == ownChangeCount_ || pasteboard_.string().value() == offered;
-    if (isOurs) giveBack(remembered);
-    return isOurs;
+    return pasteboard_.changeCount() == ownChangeCount_ || pasteboard_.string().value() == offered;
+}
+
+bool PasteboardLoan::giveBackUnlessNewer(const RememberedPasteboard& remembered, const QString& offered) {
+    if (!isOurs(offered)) return false;
+    giveBack(remembered);
+    return true;
 }
 
 void PasteboardLoan::giveBackLater(double delay, RememberedPasteboard remembered, const QString& offered,
@@ -83,10 +95,12 @@ void PasteboardLoan::giveBackPending() {
 }
 
 void PasteboardLoan::finish(const Pending& pending) {
-    if (giveBackUnlessNewer(pending.remembered, pending.offered))
-        MVPLog::write(pending.who, "clipboard restored");
-    else
+    if (!isOurs(pending.offered)) {
         MVPLog::write(pending.who, "clipboard restore skipped: pasteboard has newer content");
+        return;
+    }
+    put(pending.remembered);
+    MVPLog::write(pending.who, "clipboard restored");
 }
 
 }  // namespace veltrin

@@ -55,6 +55,8 @@ private:
         Timer timer;
     };
     void finish(const Pending& pending);
+    void put(const RememberedPasteboard& remembered);
+    bool isOurs(const QString& offered) const;
     bool stands(const QString& text) const;
 
     Pasteboard& pasteboard_;

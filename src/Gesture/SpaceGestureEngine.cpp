@@ -4,6 +4,7 @@
 #include "Gesture/SpaceGesturePolicy.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace veltrin {
@@ -116,8 +117,10 @@ void SpaceGestureEngine::setEventTapEnabled(bool enabled, const QString& reason)
 
 void SpaceGestureEngine::setInteractionKeys(std::vector<ClaimableKey> keys) {
     if (keys == interactionKeys_) return;
+    const bool opens = interactionKeys_.empty();
     interactionKeys_ = std::move(keys);
     refreshClaimableKeys();
+    if (opens) interactionKeysSince_ = runLoop_.now();
 }
 
 void SpaceGestureEngine::refreshClaimableKeys() {
@@ -153,9 +156,7 @@ bool SpaceGestureEngine::handle(const KeyEvent& event) {
         (event.flags & KeyFlags::command) != 0 && recordPotentialUserCopyKeyDown_)
         recordPotentialUserCopyKeyDown_(pasteboard_.changeCountAt(event.timestamp));
 
-    // An ordinary chord is never claimed by an interaction; Escape always may be.
-    const bool mayBeClaimed = event.keyCode == KeyCode::escape || (event.flags & KeyFlags::all) == 0;
-    if (mayBeClaimed && isClaimedByInteraction(event, verbose)) return false;
+    if (mayBeClaimed(event) && isClaimedByInteraction(event, verbose)) return false;
     if (isKeyDown) return handleKeyDown(event, verbose);
     if (event.keyCode == KeyCode::space) {
         if (verbose)
@@ -174,6 +175,14 @@ void SpaceGestureEngine::handleTapDisabled(const KeyEvent& event) {
     } else if (isVerbose(preferences_)) {
         MVPLog::write("CGEventTap disabled while suspended:", type);
     }
+}
+
+bool SpaceGestureEngine::mayBeClaimed(const KeyEvent& event) const {
+    // Handled late, a key that the application already has would be acted on as well as typed. The stamps
+    // have no parts of a millisecond.
+    if (static_cast<double>(event.timestamp) / 1e6 < std::floor(interactionKeysSince_ * 1e3)) return false;
+    // An ordinary chord is never claimed by an interaction; Escape always may be.
+    return event.keyCode == KeyCode::escape || (event.flags & KeyFlags::all) == 0;
 }
 
 bool SpaceGestureEngine::isClaimedByInteraction(const KeyEvent& event, bool verbose) const {

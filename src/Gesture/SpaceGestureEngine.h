@@ -68,7 +68,8 @@ public:
     void setEventTapEnabled(bool enabled, const QString& reason);
     int eventTapSuspendCount() const { return eventTapSuspendCount_; }
 
-    /// The keys that the hooks may claim while an interaction is open; empty when none is.
+    /// The keys that the hooks may claim while an interaction is open; empty when none is. A key that was
+    /// pressed before they were set has reached its application, and no hook is asked about it.
     void setInteractionKeys(std::vector<ClaimableKey> keys);
     /// Tells the tap again which combinations may be swallowed. Needed only after what `isActionAvailable`
     /// says has changed; changes of the stored shortcuts are followed.
@@ -83,6 +84,7 @@ private:
     /// True passes the event on, false swallows it.
     bool handle(const KeyEvent& event);
     void handleTapDisabled(const KeyEvent& event);
+    bool mayBeClaimed(const KeyEvent& event) const;
     bool isClaimedByInteraction(const KeyEvent& event, bool verbose) const;
     bool handleKeyDown(const KeyEvent& event, bool verbose);
     void handleSpaceKeyDown(double timestamp, std::optional<double> lastKeyDownBeforeThisEvent,
@@ -104,6 +106,7 @@ private:
 
     int eventTapSuspendCount_ = 0;
     std::vector<ClaimableKey> interactionKeys_;
+    double interactionKeysSince_ = 0;  ///< on the events' own clock
 
     // The running sequence; times are seconds of the events' own clock.
     int tapCount_ = 0;

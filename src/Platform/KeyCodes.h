@@ -11,7 +11,13 @@ inline constexpr qint64 a = 0;
 inline constexpr qint64 c = 8;
 inline constexpr qint64 v = 9;
 inline constexpr qint64 q = 12;
+// Of the number row; the keypad's digits have codes of their own.
+inline constexpr qint64 one = 18;
+inline constexpr qint64 two = 19;
+inline constexpr qint64 three = 20;
+inline constexpr qint64 four = 21;
 inline constexpr qint64 returnKey = 36;
+inline constexpr qint64 slash = 44;
 inline constexpr qint64 tab = 48;
 inline constexpr qint64 space = 49;
 inline constexpr qint64 backspace = 51;

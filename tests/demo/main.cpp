@@ -1,6 +1,6 @@
 // Shows the main job on a desktop of its own: a person types a sentence into an editor, taps the space bar
-// three times, and the model's translation stands there. Says what it saw, and ends with 0 only when that is
-// true.
+// three times, and the model's translation stands there; two taps open the choice, and its first action
+// rewrites another sentence. Says what it saw, and ends with 0 only when that is true.
 //
 //   veltrin_demo --program FILE [--screenshots FOLDER]
 #include "support/desktop/AtSpiProbe.h"
@@ -25,6 +25,9 @@ namespace {
 
 const QString sentence = QStringLiteral("The meeting moves to Thursday, please bring the report.");
 const QString translation = QStringLiteral("会议改到星期四，请带上报告。");
+const QString rough = QStringLiteral("write me something about our new coffee grinder");
+const QString rewritten = QStringLiteral(
+    "Write a product text of 120 words about our new coffee grinder, for people who brew at home.");
 const QString clipboardText = QStringLiteral("something the user copied");
 
 void say(const char* what, const QString& value = {}) {
@@ -43,7 +46,8 @@ public:
         RealDesktop desktop;
         ModelService service;
         service.setDefault(ServiceBehaviours::slow(
-            1.2, ServiceBehaviours::dictionary({{sentence, translation}}, QStringLiteral("OK."))));
+            1.2, ServiceBehaviours::dictionary({{sentence, translation}, {rough, rewritten}},
+                                               QStringLiteral("OK."))));
         writePreferences(desktop, service);
 
         Program veltrin(
@@ -80,16 +84,36 @@ public:
         const bool restored =
             waitUntil(5, [&] { return veltrin.output().contains("Writeback clipboard restored"); }) &&
             clipboard.text() == clipboardText;
+        const bool chosen = choose(desktop, veltrin, typist, atspi, field);
         say("Clipboard afterwards:", clipboard.text().value_or(QStringLiteral("(empty)")));
         say("Keys still down:", QString::number(typist.keysDown()));
         veltrin.terminate();
         const bool ended = veltrin.waitForExit(5);
         say("Ended when asked:", ended ? QStringLiteral("yes") : QStringLiteral("no"));
         say("Screenshots:", screenshots_);
-        return before == sentence && after == translation && restored && typist.keysDown() == 0 && ended;
+        return before == sentence && after == translation && restored && chosen && typist.keysDown() == 0 &&
+               ended;
     }
 
 private:
+    /// Two taps, the choice beside the caret, and the key of its first action.
+    bool choose(RealDesktop& desktop, Program& veltrin, Typist& typist, AtSpiProbe& atspi,
+                const ProbedField& field) {
+        typist.chord(QStringLiteral("Ctrl+a"));
+        typist.type(rough, 0.03);
+        typist.pause(0.7);
+        say("Typed over it:", atspi.text(field));
+        typist.tapSpace(2, 0.13);
+        waitUntil(5, [&] { return veltrin.output().contains("UI showOptimizeChoicePanel requested:"); });
+        typist.pause(0.4);
+        shoot(desktop, "4-choice");
+        typist.chord(QStringLiteral("1"));
+        const QString after = atspi.waitForText(field, rewritten, 10);
+        say("Two spaces and a 1:", after);
+        shoot(desktop, "5-rewritten");
+        return after == rewritten;
+    }
+
     static void writePreferences(const RealDesktop& desktop, const ModelService& service) {
         const QString folder = desktop.configHome() + QStringLiteral("/Veltrin");
         QDir().mkpath(folder);

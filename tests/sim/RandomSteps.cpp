@@ -25,6 +25,8 @@ const std::vector<RandomUse::Choice>& RandomUse::choices() {
         {1, &RandomUse::changeBlacklist},    {6, &RandomUse::changeFaults},
         {3, &RandomUse::changeDesktop},      {1, &RandomUse::tapIsSwitchedOff},
         {2, &RandomUse::holdModifier},       {30, &RandomUse::wait},
+        {10, &RandomUse::tapTwice},          {12, &RandomUse::pressChoiceKey},
+        {2, &RandomUse::clickRow},           {4, &RandomUse::moveField},
     };
     return all;
 }
@@ -40,9 +42,36 @@ void RandomUse::pressKey(qint64 keyCode, quint64 flags) {
     desktop_.keyboard.release(keyCode, flags);
 }
 
+/// Whether the choice takes this key from its application.
+bool RandomUse::isTaken(qint64 keyCode) {
+    if (!isChoiceWaiting()) return false;
+    const auto& taps = desktop_.keyEventTaps.taps;
+    return std::any_of(taps.begin(), taps.end(), [keyCode](const auto& tap) {
+        return tap->isRunning() && tap->mayClaim({KeyEventType::keyDown, keyCode, 0, false, 0});
+    });
+}
+
+/// Presses a key that types something, unless the choice takes it.
+void RandomUse::pressTyping(qint64 keyCode, const QString& text, double hold) {
+    const bool taken = isTaken(keyCode);
+    const int swallowed = desktop_.keyEventTaps.swallowed;
+    if (!taken && !text.isEmpty()) edit({ExpectedText::Edit::Kind::insert, text, {}});
+    desktop_.keyboard.press(keyCode);
+    if ((desktop_.keyEventTaps.swallowed > swallowed) != taken)
+        fail(QStringLiteral("key %1 went astray").arg(keyCode));
+    desktop_.advance(hold);
+    desktop_.keyboard.release(keyCode);
+}
+
 void RandomUse::typeText(const QString& text) {
+    const auto key = text.size() == 1 ? fakeKeyOf(text.front()) : std::nullopt;
+    if (key && key->flags == 0) return pressTyping(key->keyCode, text, 0);
     edit({ExpectedText::Edit::Kind::insert, text, {}});
     desktop_.keyboard.type(text);
+}
+
+void RandomUse::tapSpace(double hold) {
+    pressTyping(KeyCode::space, QStringLiteral(" "), hold);
 }
 
 QString RandomUse::typeCharacter() {
@@ -170,13 +199,50 @@ QString RandomUse::tapThreeTimes() {
     const double gap = oneIn(6) ? seconds(0.1, 0.4) : seconds(0.03, 0.12);
     for (int i = 0; i < taps; ++i) {
         if (i > 0) desktop_.advance(gap);
-        edit({ExpectedText::Edit::Kind::insert, QStringLiteral(" "), {}});
-        desktop_.keyboard.press(KeyCode::space);
-        desktop_.advance(hold);
-        desktop_.keyboard.release(KeyCode::space);
+        tapSpace(hold);
     }
     desktop_.advance(seconds(0, 0.3));
     return QStringLiteral("taps %1 times").arg(taps);
+}
+
+// MARK: The choice
+
+QString RandomUse::tapTwice() {
+    desktop_.advance(seconds(0.3, 2));
+    tapSpace(0.04);
+    desktop_.advance(seconds(0.03, 0.1));
+    tapSpace(0.04);
+    desktop_.advance(seconds(0, 0.8));
+    return QStringLiteral("taps twice");
+}
+
+QString RandomUse::pressChoiceKey() {
+    static constexpr qint64 keys[] = {KeyCode::one,   KeyCode::two,   KeyCode::three,     KeyCode::four,
+                                      KeyCode::space, KeyCode::slash, KeyCode::returnKey, KeyCode::escape};
+    const qint64 key = keys[below(static_cast<int>(std::size(keys)))];
+    const bool taken = isTaken(key);
+    if (!taken && key == KeyCode::returnKey) return QStringLiteral("(no line break)");
+    const QChar typed = fakeCharacterOf(key, 0);
+    pressTyping(key, typed.isNull() ? QString() : QString(typed), 0);
+    desktop_.advance(seconds(0, 0.8));
+    return QStringLiteral("presses key %1 of the choice%2")
+        .arg(key)
+        .arg(taken ? QStringLiteral(", which takes it") : QString());
+}
+
+QString RandomUse::clickRow() {
+    const int slot = 1 + below(4);
+    const bool clicked = desktop_.floatingPanels.clickRow(slot);
+    desktop_.advance(seconds(0, 0.5));
+    return clicked ? QStringLiteral("clicks row %1").arg(slot) : QStringLiteral("(nothing to click)");
+}
+
+QString RandomUse::moveField() {
+    auto chosen = fields_.begin();
+    std::advance(chosen, below(static_cast<int>(fields_.size())));
+    chosen->field->frame.moveTo(below(3000) - 500, below(2000) - 500);
+    desktop_.advance(seconds(0, 0.4));
+    return QStringLiteral("field %1 moves").arg(chosen->field->id);
 }
 
 QString RandomUse::pressShortcut() {
@@ -263,6 +329,7 @@ QString RandomUse::quitApplication() {
 QString RandomUse::changeReplaceMode() {
     const auto mode = static_cast<TextReplaceMode>(below(3));
     veltrin_.settings().translationReplaceMode.set(mode);
+    veltrin_.settings().optimizeReplaceMode.set(mode);
     return QStringLiteral("replace mode ") + rawValue(mode);
 }
 

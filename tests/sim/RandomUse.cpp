@@ -12,6 +12,7 @@ namespace {
 
 constexpr std::size_t storyLength = 40;
 constexpr std::size_t logTail = 60;
+constexpr std::ptrdiff_t offersShown = 40;
 /// While a paste is under way another one finds the first's text on the pasteboard.
 constexpr double restoreDelay = 0.85;
 /// Seconds that a gesture or a write may take with everything hung that can hang, or with three copies in
@@ -21,7 +22,7 @@ constexpr double settleLimit = 400;
 constexpr qint64 longestLog = 4'000'000;
 
 bool isResult(const std::optional<QString>& text) {
-    return text && text->startsWith(QStringLiteral("Result "));
+    return text && text->contains(QStringLiteral("Result "));
 }
 
 QString shown(const std::optional<QString>& text) {
@@ -151,6 +152,8 @@ SimulatedModel::Reply RandomUse::answer(const QString& prompt) {
     const int kind = below(20);
     if (kind == 0) return Reply::text(QStringLiteral("Too late."), 200);
     if (kind == 1) return Reply::failing(UrlError::networkConnectionLost, delay);
+    const bool recommends = prompt.contains(QStringLiteral("活跃应用"));
+    if (recommends && kind < 6) return Reply::failing(UrlError::timedOut, delay);
     if (kind == 2) return Reply::text(QStringLiteral("  \n"), delay);
     if (kind == 3) return Reply::text(QStringLiteral("请你为以下文本翻译"), delay);
     if (kind == 4) {
@@ -167,6 +170,15 @@ SimulatedModel::Reply RandomUse::answer(const QString& prompt) {
     run.result.run = ++lastRun_;
     run.result.text = QStringLiteral("Result %1.").arg(lastRun_);
     run.answeredAt = desktop_.now() + delay;
+    if (recommends) {
+        const QString command = run.result.text;
+        run.result.text = QStringLiteral("★ %1 — fits").arg(command);
+        runs_.push_back(run);
+        return Reply::text(QStringLiteral(R"([{"command":"%1","category":"tool","explanation":"fits",)"
+                                          R"("confidence":"high"}])")
+                               .arg(command),
+                           delay);
+    }
     runs_.push_back(run);
     return Reply::text(run.result.text, delay);
 }
@@ -200,7 +212,13 @@ bool RandomUse::settle() {
     if (!failure_.isEmpty()) return false;
     for (const auto& application : desktop_.workspace.applications)
         application->resume();
-    desktop_.advance(0.1);
+    desktop_.advance(0.6);  // for the taps of the latest step to come to something
+    if (isChoiceWaiting()) {
+        veltrin_.settings().spaceGesturesEnabled.set(true);
+        desktop_.runLoop.runDue();
+        pressKey(KeyCode::escape);
+        if (isChoiceWaiting()) fail(QStringLiteral("the choice does not close"));
+    }
     const bool idle = veltrin_.runUntilIdle(settleLimit);
     check();
     if (!failure_.isEmpty()) return false;
@@ -222,6 +240,10 @@ bool RandomUse::settle() {
     QFile log(MVPLog::logURL());
     if (log.size() > longestLog) log.resize(0);
     return failure_.isEmpty();
+}
+
+bool RandomUse::isChoiceWaiting() {
+    return veltrin_.delegate().optimizeInteraction().isWaiting();
 }
 
 // MARK: Checks
@@ -255,6 +277,11 @@ bool RandomUse::isCopyOfTheProgram(const FakePasteboard::Offer& offer) const {
            offer.application == copyPostedTo_;
 }
 
+bool RandomUse::isGivenBackByARead(const FakePasteboard::Offer& offer) const {
+    return offer.text == lastTemporaryText_ && copyPostedAt_ > lastTemporaryOffer_ &&
+           copyPostedAt_ <= offer.since;
+}
+
 void RandomUse::checkPasteboardOffers() {
     const auto& history = desktop_.pasteboard.history();
     // A restore comes late when the program was blocked at its time.
@@ -276,6 +303,10 @@ void RandomUse::checkPasteboardOffers() {
         } else if (offer->text && offer->content == PasteboardContent::temporary) {
             if (offer->since - lastTemporaryOffer_ <= restored) clipboardMayBeLost_ = true;
             lastTemporaryOffer_ = offer->since;
+            lastTemporaryText_ = *offer->text;
+        } else if (isResult(offer->text) && isGivenBackByARead(*offer)) {
+            // Taken for the user's by a read that came before the restore, which comes after it.
+            clipboardMayBeLost_ = true;
         } else if (isResult(offer->text) && offer->text != users_) {
             users_ = offer->text;
             handed_ << *offer->text;
@@ -403,6 +434,17 @@ void RandomUse::checkProgram() {
         [](const auto& tap) { return tap->isRunning() && tap->mask == KeyEventMask::keyDownAndKeyUp; });
     if (running != (veltrin_.settings().spaceGesturesEnabled() ? 1 : 0))
         fail(QStringLiteral("%1 gesture taps run").arg(running));
+    const auto shown = desktop_.floatingPanels.shown();
+    const bool choiceShown = std::any_of(
+        shown.begin(), shown.end(), [](const auto* panel) { return panel->spec.kind == PanelKind::choice; });
+    if (choiceShown != isChoiceWaiting()) fail(QStringLiteral("the choice waits unseen, or is seen in vain"));
+    for (const auto& tap : desktop_.keyEventTaps.taps) {
+        const auto claimed = std::count_if(tap->claimable.begin(), tap->claimable.end(),
+                                           [](const ClaimableKey& key) { return key.flags == 0; });
+        if (tap->isRunning() && tap->mask == KeyEventMask::keyDownAndKeyUp &&
+            claimed != (isChoiceWaiting() ? 8 : 0))
+            fail(QStringLiteral("%1 keys are claimed").arg(claimed));
+    }
     if (!desktop_.keyboard.down.empty()) fail(QStringLiteral("a key is down"));
     const double blocked = desktop_.runLoop.blockedSeconds() - blockedBefore_;
     blockedBefore_ = desktop_.runLoop.blockedSeconds();
@@ -437,6 +479,17 @@ QString RandomUse::failure() const {
         for (const FakeTextField* target : run.targets)
             text += QStringLiteral(" field %1").arg(target ? target->id : 0);
         text += u'\n';
+    }
+    text += QStringLiteral("pasteboard:\n");
+    const auto& offers = desktop_.pasteboard.history();
+    for (auto offer = offers.end() - std::min<std::ptrdiff_t>(offersShown, std::ssize(offers));
+         offer != offers.end(); ++offer) {
+        text += QStringLiteral("  %1 %2 by %3%4\n")
+                    .arg(offer->since, 0, 'f', 3)
+                    .arg(shown(offer->text))
+                    .arg(static_cast<int>(offer->owner))
+                    .arg(offer->content == PasteboardContent::temporary ? QStringLiteral(" for a moment")
+                                                                        : QString());
     }
     return text + QStringLiteral("events:\n  ") +
            events.mid(std::max<qsizetype>(0, events.size() - static_cast<qsizetype>(logTail)))

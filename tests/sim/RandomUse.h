@@ -21,6 +21,7 @@ namespace veltrin {
 ///   once, in a field it was meant for, in the manner that the settings ask for;
 /// - a result is either in its field, or was handed over by a paste key, or was copied for the user;
 /// - the tap is on exactly when the settings want it, with no suspension left, and no key is down;
+/// - the choice waits exactly while its panel shows, and exactly then its keys are claimed, and taken;
 /// - the program was never blocked for longer than a hung neighbour may cost.
 /// Now and then everything comes to rest, and then no timer, request or panel is left and the pasteboard's
 /// plain string is the user's again.
@@ -105,6 +106,10 @@ private:
     QString ownerFallsSilent();
     QString tapThreeTimes();
     QString pressShortcut();
+    QString tapTwice();
+    QString pressChoiceKey();
+    QString clickRow();
+    QString moveField();
     QString focusField();
     QString leaveEverything();
     QString retitleWindow();
@@ -121,9 +126,14 @@ private:
     QString wait();
 
     void keyPosted(const FakeKeyPoster::Record& record);
+    bool isGivenBackByARead(const FakePasteboard::Offer& offer) const;
     bool isCopyOfTheProgram(const FakePasteboard::Offer& offer) const;
     void pressKey(qint64 keyCode, quint64 flags = 0);
     void typeText(const QString& text);
+    bool isTaken(qint64 keyCode);
+    void pressTyping(qint64 keyCode, const QString& text, double hold);
+    void tapSpace(double hold);
+    bool isChoiceWaiting();
     void edit(ExpectedText::Edit edit);
     TextRange randomRange(const QString& text);
     SimulatedModel::Reply answer(const QString& prompt);
@@ -165,6 +175,7 @@ private:
     bool clipboardMayBeLost_ = false;
     qint64 seenChanges_ = 0;
     double lastTemporaryOffer_ = -1000;
+    QString lastTemporaryText_;
     double emptiedAt_ = -1000;  ///< when the program emptied the pasteboard for a copy
     bool isEmptied_ = false;    ///< and put nothing there since
     double copyPostedAt_ = -1000;

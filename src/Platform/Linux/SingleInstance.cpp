@@ -6,6 +6,7 @@
 #include <QDeadlineTimer>
 #include <QThread>
 
+#include <algorithm>
 #include <cmath>
 
 namespace veltrin {
@@ -13,6 +14,8 @@ namespace {
 
 constexpr unsigned long retryMicroseconds = 50'000;
 constexpr int activationMilliseconds = 2'000;
+/// Of one call; whoever hands over more means harm.
+constexpr qsizetype mostUrls = 64;
 
 }  // namespace
 
@@ -54,15 +57,30 @@ void SingleInstance::release() {
     bus_.unregisterService(name_);
 }
 
-bool SingleInstance::activateOther() {
-    auto call = QDBusMessage::createMethodCall(
-        name_, objectPath(), QStringLiteral("org.freedesktop.Application"), QStringLiteral("Activate"));
-    call << QVariantMap{};
+bool SingleInstance::callOther(const QString& method, const QVariantList& arguments) {
+    auto call = QDBusMessage::createMethodCall(name_, objectPath(),
+                                               QStringLiteral("org.freedesktop.Application"), method);
+    call.setArguments(arguments);
     return bus_.call(call, QDBus::Block, activationMilliseconds).type() == QDBusMessage::ReplyMessage;
+}
+
+bool SingleInstance::activateOther() {
+    return callOther(QStringLiteral("Activate"), {QVariantMap{}});
+}
+
+bool SingleInstance::openInOther(const QStringList& urls) {
+    return callOther(QStringLiteral("Open"), {urls, QVariantMap{}});
 }
 
 void SingleInstance::Activate(const QVariantMap&) {
     if (activated) activated();
+}
+
+void SingleInstance::Open(const QStringList& uris, const QVariantMap&) {
+    std::vector<QUrl> urls;
+    for (const QString& uri : uris.first(std::min(uris.size(), mostUrls)))
+        urls.emplace_back(uri, QUrl::StrictMode);
+    if (opened) opened(urls);
 }
 
 }  // namespace veltrin

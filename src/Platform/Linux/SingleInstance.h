@@ -3,8 +3,11 @@
 #include <QDBusConnection>
 #include <QObject>
 #include <QString>
+#include <QStringList>
+#include <QUrl>
 
 #include <functional>
+#include <vector>
 
 namespace veltrin {
 
@@ -30,14 +33,21 @@ public:
     /// Asks the running instance to come to front; false when it did not answer within 2 s.
     bool activateOther();
 
+    /// Hands addresses to the running instance; false when it did not answer within 2 s.
+    bool openInOther(const QStringList& urls);
+
     /// Called when another start asks this instance to come to front.
     std::function<void()> activated;
+    /// Called with the addresses that another start, or the desktop, hands over. Anybody may have made them.
+    std::function<void(const std::vector<QUrl>&)> opened;
 
 public Q_SLOTS:
     void Activate(const QVariantMap& platformData);
+    void Open(const QStringList& uris, const QVariantMap& platformData);
 
 private:
     QString objectPath() const;
+    bool callOther(const QString& method, const QVariantList& arguments);
 
     QString name_;
     QDBusConnection bus_;

@@ -1,5 +1,6 @@
 // The whole program on a desktop of its own, measured from outside: from the last tap to the request on the
-// wire, from the answer to the text in the field, and its processor time and memory at rest.
+// wire, from the answer to the text in the field, from two taps to the choice on the screen and from its key
+// to the request, and the program's processor time and memory at rest.
 //
 //   veltrin_road_bench --program FILE [--rounds N] [--check]
 //
@@ -23,6 +24,7 @@
 #include <cstdio>
 #include <exception>
 #include <fstream>
+#include <optional>
 #include <sstream>
 #include <vector>
 
@@ -30,6 +32,9 @@ namespace veltrin {
 namespace {
 
 constexpr double tapHold = 0.03;
+/// How long two taps wait for a third one, by the stored default.
+constexpr double tailInterval = 0.22;
+constexpr QSize choiceSize(310, 248);
 
 struct Limit {
     const char* name;
@@ -88,6 +93,12 @@ public:
         for (int round = 0; round < rounds; ++round)
             oneRound(round, atspi, field, typist, toWire, toText);
 
+        std::vector<double> toFrame;
+        std::vector<double> toChoiceWire;
+        for (int round = 0; round < rounds; ++round)
+            choiceRound(round, veltrin.pid(), field, atspi, typist, toFrame, toChoiceWire);
+        const double standing = standingChoice(veltrin.pid(), typist);
+
         // At rest: the last pill is gone and the clipboard is back.
         typist.pause(3);
         const double used = processorSeconds(veltrin.pid());
@@ -95,6 +106,11 @@ public:
         const double idle = (processorSeconds(veltrin.pid()) - used) / 5 * 100;
         return {{"third key-up to the request on the wire, median", median(toWire) * 1000, 100, "ms"},
                 {"answer to the text visible in the field, median", median(toText) * 1000, 60, "ms"},
+                {"first choice of the process on the screen", toFrame.front() * 1000, 120, "ms"},
+                {"decision to the choice on the screen, median",
+                 median({toFrame.begin() + 1, toFrame.end()}) * 1000, 20, "ms"},
+                {"chosen key to the request on the wire, median", median(toChoiceWire) * 1000, 110, "ms"},
+                {"processor while the choice stands", standing, 2, "% of a core"},
                 {"processor at rest", idle, 1, "% of a core"},
                 {"resident memory, no window open", residentMegabytes(veltrin.pid()), 60, "MB"}};
     }
@@ -119,6 +135,60 @@ private:
         toWire.push_back(service_.requests().front().arrival - (taps.back() + tapHold));
         toText.push_back(visible - answered);
         typist.pause(0.8);
+    }
+
+    /// The choice's window when it is on the screen; nothing else.
+    std::optional<QRect> choice(pid_t program) {
+        for (const xcb_window_t window : desktop_.x().rootChildren()) {
+            if (desktop_.x().processOf(window) != program) continue;
+            const QRect geometry = desktop_.x().geometry(window);
+            if (geometry.size() == choiceSize) return geometry;
+        }
+        return std::nullopt;
+    }
+    /// Its first frame: what lies where its title stands is no longer one colour.
+    bool isDrawn(const QRect& panel) {
+        const QImage title = desktop_.x().image(QRect(panel.x() + 12, panel.y() + 12, 120, 24));
+        for (int y = 0; y < title.height(); ++y) {
+            for (int x = 0; x < title.width(); ++x) {
+                if (title.pixel(x, y) != title.pixel(0, 0)) return true;
+            }
+        }
+        return false;
+    }
+    double openChoice(pid_t program, Typist& typist) {
+        typist.pause(0.5);
+        const auto taps = typist.tapSpace(2, 0.1, tapHold);
+        if (!waitUntil(5, [&] {
+                const auto panel = choice(program);
+                return panel && isDrawn(*panel);
+            }))
+            throw std::runtime_error("no choice came");
+        return monotonicSeconds() - (taps.back() + tapHold + tailInterval);
+    }
+    void choiceRound(int round, pid_t program, const ProbedField& field, AtSpiProbe& atspi, Typist& typist,
+                     std::vector<double>& toFrame, std::vector<double>& toWire) {
+        const QString answer = QStringLiteral("Round %1 is better.").arg(round);
+        service_.setDefault(ServiceBehaviours::success(answer));
+        service_.forget();
+        typist.chord(QStringLiteral("Ctrl+a"));
+        typist.type(QStringLiteral("sentence %1").arg(round));
+        toFrame.push_back(openChoice(program, typist));
+        typist.pause(0.3);
+        const auto pressed = typist.tap(QStringLiteral("1"));
+        if (atspi.waitForText(field, answer, 5) != answer)
+            throw std::runtime_error("a round was not rewritten");
+        toWire.push_back(service_.requests().front().arrival - pressed.back());
+        typist.pause(0.8);
+    }
+    double standingChoice(pid_t program, Typist& typist) {
+        openChoice(program, typist);
+        typist.pause(1);
+        const double used = processorSeconds(program);
+        typist.pause(5);
+        const double standing = (processorSeconds(program) - used) / 5 * 100;
+        typist.chord(QStringLiteral("Escape"));
+        return standing;
     }
 
     void writePreferences() {

@@ -154,6 +154,32 @@ TEST_F(Process, aSecondStartBringsTheFirstToFrontAndEnds) {
     EXPECT_TRUE(program().isRunning());
 }
 
+TEST_F(Process, aSecondStartHandsItsAddressesOverAndEnds) {
+    startProgram();
+    Program second(desktop(), {QStringLiteral(VELTRIN_BINARY_DIR "/bin/veltrin"),
+                               QStringLiteral("--log-file"), desktop().file(QStringLiteral("second.log")),
+                               QStringLiteral("veltrin://auth?token=first"), QStringLiteral("veltrin://auth"),
+                               QStringLiteral("veltrin://auth?token=second")});
+    ASSERT_TRUE(second.waitForExit(10));
+    EXPECT_EQ(second.exitStatus(), 0);
+    EXPECT_TRUE(second.output().contains("Veltrin is already running; handed over addresses: 3"));
+    EXPECT_FALSE(second.output().contains("token"));
+    EXPECT_TRUE(waitUntil(3, [&] {
+        return preferencesText().contains(u"\"veltrin_auth_token\": \"second\"");
+    })) << qPrintable(preferencesText());
+    EXPECT_EQ(logCount(QStringLiteral("Main window requested")), 1);
+    EXPECT_FALSE(log().contains(u"token"));
+}
+
+TEST_F(Process, theAddressItIsStartedWithIsOpened) {
+    writePreferences({});
+    const Program veltrin(desktop(),
+                          {QStringLiteral(VELTRIN_BINARY_DIR "/bin/veltrin"), QStringLiteral("--log-file"),
+                           logFile(), QStringLiteral("veltrin://auth?token=own")});
+    EXPECT_TRUE(waitUntil(20, [&] { return preferencesText().contains(u"veltrin_web_auth_done"); }));
+    EXPECT_TRUE(preferencesText().contains(u"\"own\""));
+}
+
 class EndedBySignal : public Process, public testing::WithParamInterface<int> {};
 
 TEST_P(EndedBySignal, itGivesTheClipboardBackAndLeavesNoKeyDown) {

@@ -10,6 +10,8 @@ constexpr double idleStep = 0.1;
 constexpr std::size_t standingTimers = 1;
 /// Longer than the double tap's longest idle guard.
 constexpr double pauseBeforeTaps = 2.1;
+/// Longer than a third tap is waited for.
+constexpr double longestTail = 0.33;
 
 void putIfAbsent(FakePreferences& preferences, const char* key, PreferenceValue value) {
     preferences.values.try_emplace(QString::fromUtf8(key), std::move(value));
@@ -33,23 +35,27 @@ AppSettings& SimulatedVeltrin::settings() {
 
 void SimulatedVeltrin::launch() {
     client_.emplace(model, settings());
-    // In a folder that cannot be, so that the stores work from memory: the disk would dominate a simulation's
-    // time.
-    const QString folder = QStringLiteral("/dev/null/Veltrin");
-    data_.emplace(folder, desktop.runLoop, desktop.pasteboard, desktop.workspace, desktop.preferences);
-    agents_.emplace(folder, desktop.preferences, desktop.runLoop);
+    data_.emplace(dataFolder, desktop.runLoop, desktop.pasteboard, desktop.workspace, desktop.preferences);
+    agents_.emplace(dataFolder, desktop.preferences, desktop.runLoop);
     tasks_.emplace(*client_, settings(), desktop.runLoop,
                    taskMaterial(*agents_, data_->dictionary, data_->history));
     sounds_.emplace(desktop.runLoop, desktop.soundOutput, settings());
     delegate_ = std::make_unique<AppDelegate>(
-        desktop.desktop(), AppDelegate::Shared{settings(), notifications, *client_, expressionMemory_,
-                                               behaviors_, *data_, *tasks_, *sounds_});
+        desktop.desktop(),
+        AppDelegate::Shared{settings(), notifications, *client_, expressionMemory_, behaviors_, *data_,
+                            *tasks_, *agents_, *sounds_, presentMainWindow, account});
     delegate_->applicationDidFinishLaunching();
     desktop.runLoop.runDue();
 }
 
 void SimulatedVeltrin::quit() {
     if (delegate_->applicationShouldTerminate()) delegate_->applicationWillTerminate();
+}
+
+void SimulatedVeltrin::tapOptimize() {
+    desktop.advance(pauseBeforeTaps);
+    desktop.keyboard.tapSpaces(2);
+    desktop.advance(longestTail);
 }
 
 void SimulatedVeltrin::tapTranslate() {

@@ -55,6 +55,9 @@ public:
     ModelTasks& tasks() { return *tasks_; }
 
     void type(const QString& text) { desktop.keyboard.type(text); }
+    /// Two taps of the space bar after a pause that lets them count; returns when the choice is open, or
+    /// would be.
+    void tapOptimize();
     /// Three taps of the space bar after a pause that lets them count.
     void tapTranslate();
     /// The stored shortcut of the translation, `translateKey` with Option unless a test stores another.
@@ -67,6 +70,13 @@ public:
     bool runUntilIdle(double limit = 120);
 
     static constexpr qint64 translateKey = 17;  ///< T
+
+    /// Of the stores, to be set before the launch. A folder that cannot be lets them work from memory: the
+    /// disk would dominate a simulation's time.
+    QString dataFolder = QStringLiteral("/dev/null/Veltrin");
+    // What the program is lent, to be set before the launch.
+    std::function<void()> presentMainWindow;
+    AuthLinks::Account account;
 
     FakeDesktop desktop;
     SimulatedModel model{desktop.runLoop};

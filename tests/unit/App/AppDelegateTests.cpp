@@ -143,17 +143,21 @@ TEST_F(AppDelegateTest, theTranslationShortcutIsClaimedAndSwallowed) {
 }
 
 TEST_F(AppDelegateTest, shortcutsWithoutAnActionBelongToTheApplication) {
-    store("shortcut_optimize", QStringLiteral("⌥|K"));
+    store("shortcut_smart_select", QStringLiteral("⌥|K"));
+    store("shortcut_drag", QStringLiteral("⌥|Z"));
     veltrin.launch();
     desktop.keyboard.chord(FakeKeyCode::k, KeyFlags::option);
+    desktop.keyboard.chord(FakeKeyCode::z, KeyFlags::option);
     desktop.keyboard.chord(KeyCode::space, KeyFlags::option);  // voice's default
     EXPECT_EQ(editor.pressesOf(FakeKeyCode::k), 1);
     EXPECT_EQ(editor.releasesOf(FakeKeyCode::k), 1);
+    EXPECT_EQ(editor.pressesOf(FakeKeyCode::z), 1);
     EXPECT_EQ(editor.pressesOf(KeyCode::space), 1);
     EXPECT_EQ(desktop.keyEventTaps.swallowed, 0);
     for (const auto& tap : desktop.keyEventTaps.taps) {
         for (const ClaimableKey& key : tap->claimable)
-            EXPECT_TRUE(key.keyCode == KeyCode::q || key.keyCode == SimulatedVeltrin::translateKey);
+            EXPECT_TRUE(key.keyCode == KeyCode::q || key.keyCode == SimulatedVeltrin::translateKey)
+                << key.keyCode;
     }
 }
 
@@ -254,6 +258,73 @@ TEST_F(AppDelegateTest, aSecondStartShowsTheWindowAndLeavesNothingToTheCaller) {
     veltrin.settings().hasCompletedOnboarding.set(false);
     desktop.runLoop.runDue();
     EXPECT_EQ(logged({QStringLiteral("Main window requested")}).size(), 4);
+}
+
+TEST_F(AppDelegateTest, theMainWindowIsPresentedWheneverItIsAskedFor) {
+    int presented = 0;
+    veltrin.presentMainWindow = [&] { ++presented; };
+    veltrin.launch();
+    EXPECT_EQ(presented, 1);
+    veltrin.delegate().applicationShouldHandleReopen(true);
+    EXPECT_EQ(presented, 2);
+    veltrin.notifications.post(Notifications::showOnboarding);
+    desktop.runLoop.runDue();
+    EXPECT_EQ(presented, 3);
+}
+
+TEST_F(AppDelegateTest, theDragShortcutOpensTheWorkbenchAndAsksNothingOfTheMasterSwitch) {
+    int presented = 0;
+    int navigated = 0;
+    veltrin.presentMainWindow = [&] { ++presented; };
+    store("shortcut_drag", QStringLiteral("⌥|Z"));
+    veltrin.launch();
+    const auto observer =
+        veltrin.notifications.observe(Notifications::veltrinNavigateToDragWorkbench, [&] { ++navigated; });
+    EXPECT_TRUE(veltrin.runUntilIdle());
+    desktop.keyboard.chord(FakeKeyCode::z, KeyFlags::option);
+    desktop.runLoop.runDue();
+    EXPECT_EQ(editor.pressesOf(FakeKeyCode::z), 0);
+    EXPECT_EQ(presented, 2);
+    EXPECT_EQ(navigated, 1);
+    EXPECT_EQ(message(), QStringLiteral("拖拽入口已打开"));
+    desktop.advance(1.5);
+    EXPECT_TRUE(message());
+    desktop.advance(0.2);
+    EXPECT_FALSE(message());
+    veltrin.settings().spaceGesturesEnabled.set(false);
+    veltrin.delegate().handleCustomShortcut(CustomShortcutAction::drag);
+    EXPECT_EQ(presented, 3);
+}
+
+TEST_F(AppDelegateTest, theDragShortcutIsRefusedByItsOwnSwitchAndItsBlacklist) {
+    int presented = 0;
+    veltrin.presentMainWindow = [&] { ++presented; };
+    veltrin.launch();
+    const QString refusal = QStringLiteral("Custom drag shortcut ignored by settings");
+    veltrin.settings().dragInteractionEnabled.set(false);
+    veltrin.delegate().handleCustomShortcut(CustomShortcutAction::drag);
+    EXPECT_EQ(logged({refusal}).size(), 1);
+    veltrin.settings().dragInteractionEnabled.set(true);
+    veltrin.settings().dragBlacklistedBundleIDsText.set(QStringLiteral("org.example.Editor"));
+    veltrin.delegate().handleCustomShortcut(CustomShortcutAction::drag);
+    EXPECT_EQ(logged({refusal}).size(), 2);
+    EXPECT_EQ(presented, 1);
+}
+
+TEST_F(AppDelegateTest, addressesOfALoginReachTheAccount) {
+    QStringList codes;
+    veltrin.account.exchangeCode = [&](QString code) -> QCoro::Task<void> {
+        codes << code;
+        co_return;
+    };
+    veltrin.account.isAuthenticated = [] { return true; };
+    int presented = 0;
+    veltrin.presentMainWindow = [&] { ++presented; };
+    veltrin.launch();
+    veltrin.delegate().applicationOpen(
+        {QUrl(QStringLiteral("veltrin://auth?code=a")), QUrl(QStringLiteral("veltrin://auth?code=b"))});
+    EXPECT_EQ(codes, QStringList({QStringLiteral("a"), QStringLiteral("b")}));
+    EXPECT_EQ(presented, 3);
 }
 
 TEST_F(AppDelegateTest, aServiceThatIsDownOnlyCostsTheWarmUp) {

@@ -51,6 +51,33 @@ TEST_F(PasteboardLoanTest, aSecretIsGivenBackMarked) {
     EXPECT_TRUE(pasteboard().current().isSecret);
 }
 
+TEST_F(PasteboardLoanTest, aNewerCopyThatAReadGivesBackStaysWhenAnEarlierLoanEnds) {
+    pasteboard().put(QStringLiteral("word"));
+    const auto first = *loan.remember();
+    loan.offer(QStringLiteral("ours"));
+    loan.giveBackLater(0.6, first, QStringLiteral("ours"), QStringLiteral("Test"));
+    desktop.advance(0.2);
+    pasteboard().put(QStringLiteral("newer"));
+    const auto newer = *loan.remember();
+    loan.empty();
+    loan.giveBack(newer);
+    desktop.advance(1);
+    EXPECT_EQ(pasteboard().peek(), QStringLiteral("newer"));
+}
+
+TEST_F(PasteboardLoanTest, aReadThatTookOurTextForTheUsersDoesNotKeepTheUsersFromComingBack) {
+    pasteboard().put(QStringLiteral("word"));
+    const auto first = *loan.remember();
+    loan.offer(QStringLiteral("ours"));
+    loan.giveBackLater(0.6, first, QStringLiteral("ours"), QStringLiteral("Test"));
+    const auto taken = *loan.remember();
+    loan.empty();
+    loan.giveBack(taken);
+    EXPECT_EQ(pasteboard().peek(), QStringLiteral("ours"));
+    desktop.advance(1);
+    EXPECT_EQ(pasteboard().peek(), QStringLiteral("word"));
+}
+
 TEST_F(PasteboardLoanTest, aNewerCopyStays) {
     pasteboard().put(QStringLiteral("word"));
     const auto remembered = *loan.remember();

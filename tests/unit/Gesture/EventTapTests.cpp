@@ -167,6 +167,22 @@ TEST_F(EventTap, aKeyThatAnInteractionClaimsReachesNobodyAndLeavesTheSequenceAlo
     EXPECT_EQ(doubles, 1);  // a consumed key is no typing
 }
 
+TEST_F(EventTap, aKeyPressedBeforeAnInteractionOpenedIsNoneOfItsKeys) {
+    setHooks();
+    claims = true;
+    // The program is busy opening when the key comes; it hears of the key only afterwards.
+    desktop.later(0.1, [this] { press(FakeKeyCode::k); });
+    desktop.runLoop.post([this] {
+        desktop.runLoop.sleepFor(0.2);
+        engine.setInteractionKeys({{FakeKeyCode::k, 0, false}});
+    });
+    desktop.advance(1);
+    EXPECT_TRUE(asked.empty());
+    EXPECT_EQ(editor.pressesOf(FakeKeyCode::k), 1);
+    desktop.keyboard.repeat(FakeKeyCode::k);
+    EXPECT_EQ(asked, (std::vector<qint64>{FakeKeyCode::k}));
+}
+
 TEST_F(EventTap, theSecondHookIsAskedWhenTheFirstDeclines) {
     setHooks();
     verbose();
