@@ -35,6 +35,8 @@ AppSettings::AppSettings(Preferences& preferences, NotificationCenter& notificat
 }
 
 /// The two values are written back in any case; no other value is written at load.
+AppSettings::~AppSettings() = default;
+
 void AppSettings::migrate() {
     const double interval = doubleSpaceMaxIntervalMS();
     doubleSpaceMaxIntervalMS.set(interval <= longestOutdatedMaxIntervalMS ? defaultMaxIntervalMS : interval);

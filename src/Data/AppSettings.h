@@ -17,6 +17,7 @@ public:
     AppSettings(Preferences& preferences, NotificationCenter& notifications, SystemEnvironment& environment);
     AppSettings(const AppSettings&) = delete;
     AppSettings& operator=(const AppSettings&) = delete;
+    ~AppSettings();
 
     /// The store this object mirrors, for keys that live outside it.
     Preferences& preferences() const { return preferences_; }

@@ -12,7 +12,7 @@ class Error : public std::exception {
 public:
     /// The sentence shown to the user, in the language it is written in.
     virtual QString errorDescription() const = 0;
-    const char* what() const noexcept override { return "veltrin::Error"; }
+    const char* what() const noexcept override;
 };
 
 /// The words for any exception: `errorDescription` where there is one, else `what()`.

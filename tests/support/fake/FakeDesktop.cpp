@@ -11,6 +11,8 @@ FakeDesktop::FakeDesktop() {
     };
 }
 
+FakeDesktop::~FakeDesktop() = default;
+
 Desktop FakeDesktop::desktop() {
     return {runLoop, keyEventTaps, keyPoster,  accessibility,  pasteboard,     workspace,
             screens, preferences,  httpClient, floatingPanels, processControl, environment};

@@ -41,6 +41,7 @@ namespace veltrin {
 class FakeDesktop {
 public:
     FakeDesktop();
+    ~FakeDesktop();
     FakeDesktop(const FakeDesktop&) = delete;
     FakeDesktop& operator=(const FakeDesktop&) = delete;
 
