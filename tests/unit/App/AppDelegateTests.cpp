@@ -287,9 +287,9 @@ TEST_F(AppDelegateTest, theDragShortcutOpensTheWorkbenchAndAsksNothingOfTheMaste
     EXPECT_EQ(presented, 2);
     EXPECT_EQ(navigated, 1);
     EXPECT_EQ(message(), QStringLiteral("拖拽入口已打开"));
-    desktop.advance(1.5);
+    desktop.advance(1.4);
     EXPECT_TRUE(message());
-    desktop.advance(0.2);
+    desktop.advance(0.25);
     EXPECT_FALSE(message());
     veltrin.settings().spaceGesturesEnabled.set(false);
     veltrin.delegate().handleCustomShortcut(CustomShortcutAction::drag);
