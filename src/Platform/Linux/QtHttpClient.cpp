@@ -166,6 +166,14 @@ std::optional<HttpRequest> redirected(const QNetworkReply& reply, const HttpRequ
     return next;
 }
 
+/// True when fewer bytes came than were told. Qt says so of most such answers, but not of one whose
+/// connection ends together with its last bytes.
+bool isCutShort(const QNetworkReply& reply, qsizetype received) {
+    const bool isTold = reply.hasRawHeader("Content-Length") && !reply.hasRawHeader("Content-Encoding") &&
+                        !reply.hasRawHeader("Transfer-Encoding");
+    return isTold && received < reply.rawHeader("Content-Length").trimmed().toLongLong();
+}
+
 /// The answer that a finished reply holds. Throws UrlError.
 HttpResponse answer(QNetworkReply& reply, const Watch& watch) {
     if (watch.stoppedBy != 0) throw UrlErrorCodes::errorOf(watch.stoppedBy);
@@ -181,6 +189,8 @@ HttpResponse answer(QNetworkReply& reply, const Watch& watch) {
     HttpResponse response;
     if (status.isValid()) response.status = status.toInt();
     response.body = reply.readAll();
+    if (isCutShort(reply, response.body.size()))
+        throw UrlErrorCodes::errorOf(UrlError::networkConnectionLost);
     return response;
 }
 
