@@ -26,7 +26,8 @@ protected:
             element = focusedElement(world().text.accessibility, browser().process());
             if (!element) return false;
             const ElementState state = world().text.accessibility.inspect(element);
-            return state.isFocused && (state.isPassword || !state.isEditable);
+            const bool isPassword = field == u"password";
+            return state.isFocused && state.isPassword == isPassword && (isPassword || !state.isEditable);
         });
         return element;
     }

@@ -20,9 +20,11 @@ public:
     QVariant scheme = 0U;
     QVariant animations = true;
     bool wrapsTwice = true;  ///< as portals before version 2 do
+    int reads = 0;
 
 public Q_SLOTS:
     Q_SCRIPTABLE QDBusVariant Read(const QString& group, const QString&) {
+        ++reads;
         const QVariant value = group == u"org.freedesktop.appearance" ? scheme : animations;
         const QDBusVariant once(value);
         return wrapsTwice ? QDBusVariant(QVariant::fromValue(once)) : once;
@@ -96,6 +98,8 @@ TEST_F(DesktopLookOnTheBus, aPortalOfAnotherMindThanItsTypesIsNoPreference) {
     portal_.animations = 1;
     startPortal();
     LinuxDesktopAppearance look(client_, folder_.path());
+    ASSERT_TRUE(eventually(10, [&] { return portal_.reads == 2; }))
+        << "else its answers come behind the changes";
     change("org.freedesktop.appearance", "color-scheme", 7U);
     change("org.gnome.desktop.interface", "enable-animations", false);
     EXPECT_TRUE(eventually(10, [&] { return look.reducesMotion(); }));
