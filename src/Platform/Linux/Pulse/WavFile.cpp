@@ -44,7 +44,8 @@ std::optional<WavFile> readWav(QByteArrayView bytes) {
             file = readFormat(chunk);
         } else if (name == "data") {
             if (!file) return std::nullopt;
-            file->samples = chunk.first(chunk.size() - chunk.size() % (file->channels * 2));
+            const qsizetype frame = qsizetype{file->channels} * 2;
+            file->samples = chunk.first(chunk.size() - chunk.size() % frame);
             return file;
         }
         at += chunkHeader + told + told % 2;  // chunks begin at even offsets
