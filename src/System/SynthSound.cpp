@@ -97,7 +97,7 @@ QByteArray makeWavData(std::span<const std::int16_t> samples, int sampleRate) {
     constexpr std::uint16_t bytesPerSample = 2;
     const auto dataSize = static_cast<std::uint32_t>(samples.size() * bytesPerSample);
     QByteArray file;
-    file.reserve(static_cast<qsizetype>(44 + dataSize));
+    file.reserve(qsizetype{44} + dataSize);
     file.append("RIFF");
     append<std::uint32_t>(file, 36 + dataSize);
     file.append("WAVEfmt ");
