@@ -132,6 +132,23 @@ std::optional<QString> detectLanguage(const WordsInText& words) {
     return std::nullopt;
 }
 
+struct KindWords {
+    const char16_t* title;
+    const char16_t* label;
+};
+
+const KindWords& wordsOf(Kind kind) {
+    static constexpr auto all = std::to_array<KindWords>({{u"代码", u"代码解释"},
+                                                          {u"JSON", u"JSON 解析"},
+                                                          {u"链接", u"链接识别"},
+                                                          {u"错误", u"错误分析"},
+                                                          {u"邮件", u"邮件识别"},
+                                                          {u"对话", u"对话识别"},
+                                                          {u"文本", u"文本识别"}});
+    static_assert(all.size() == caseCount<Kind>);
+    return all[static_cast<std::size_t>(kind)];
+}
+
 }  // namespace
 
 SmartSelectRecognition SmartSelectTextRecognizer::recognize(const QString& text) {
@@ -149,43 +166,12 @@ SmartSelectRecognition SmartSelectTextRecognizer::recognize(const QString& text)
 }
 
 QString SmartSelectRecognition::displayTitle() const {
-    switch (kind) {
-        case Kind::code:
-            return language ? u"代码 · "_s + *language : u"代码"_s;
-        case Kind::json:
-            return u"JSON"_s;
-        case Kind::url:
-            return u"链接"_s;
-        case Kind::error:
-            return u"错误"_s;
-        case Kind::email:
-            return u"邮件"_s;
-        case Kind::chat:
-            return u"对话"_s;
-        case Kind::text:
-            break;
-    }
-    return u"文本"_s;
+    const QString title = QString::fromUtf16(wordsOf(kind).title);
+    return kind == Kind::code && language ? title + u" · "_s + *language : title;
 }
 
 QString SmartSelectRecognition::label() const {
-    switch (kind) {
-        case Kind::code:
-            return u"代码解释"_s;
-        case Kind::json:
-            return u"JSON 解析"_s;
-        case Kind::url:
-            return u"链接识别"_s;
-        case Kind::error:
-            return u"错误分析"_s;
-        case Kind::email:
-            return u"邮件识别"_s;
-        case Kind::chat:
-            return u"对话识别"_s;
-        case Kind::text:
-            break;
-    }
-    return u"文本识别"_s;
+    return QString::fromUtf16(wordsOf(kind).label);
 }
 
 }  // namespace veltrin
