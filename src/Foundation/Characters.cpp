@@ -30,8 +30,11 @@ constexpr Units solidUnits[] = {
     {0x1E00, 0x1FFF}, {0x2010, 0x2027}, {0x2030, 0x205E}, {0x3400, 0x4DBF},
 };
 
-/// Scripts whose characters are told from each other by what stands around them.
-constexpr Units contextualUnits[] = {{0x0590, 0x10FF}, {0x1200, 0x1DFF}, {0xA000, 0xABFF}, {0xFB1D, 0xFDFF}};
+/// Scripts whose characters are told from each other by what stands around them; the last of them are the
+/// first halves of U+11000 to U+11FFF, where some of these scripts keep their old signs.
+constexpr Units contextualUnits[] = {
+    {0x0590, 0x10FF}, {0x1200, 0x1DFF}, {0xA000, 0xABFF}, {0xFB1D, 0xFDFF}, {0xD804, 0xD807},
+};
 
 template <std::size_t N>
 bool isIn(const Units (&ranges)[N], QChar c) {

@@ -14,7 +14,7 @@ bool hasScriptWithRulesOfItsOwn(const QString& text) {
     return std::ranges::any_of(text, [](QChar c) {
         const char16_t unit = c.unicode();
         return (unit >= 0x0590 && unit <= 0x1DFF) || (unit >= 0xA000 && unit <= 0xABFF) ||
-               (unit >= 0xFB1D && unit <= 0xFDFF);
+               (unit >= 0xFB1D && unit <= 0xFDFF) || (unit >= 0xD804 && unit <= 0xD807);
     });
 }
 

@@ -27,8 +27,8 @@ TEST(Characters, countsAnyMixtureAsItsBoundariesSay) {
                              u"ガ"_s,         u"\uFF9E"_s, u"\u00AD"_s,     QString(QChar(0xD83D)),
                              u"©"_s,          u"…"_s,      u"\u200B"_s,     QString(QChar(0xDE00)),
                              u"\U0001F1E9"_s, u"\u1F00"_s, u"\u0600"_s,     u"\u0903"_s,
-                             u"\u0E33"_s,     u"\u0E01"_s};
-    constexpr unsigned ofScriptsWithRulesOfTheirOwn = 4;
+                             u"\u0E33"_s,     u"\u0E01"_s, u"\U00011FE8"_s, u"\U000111EB"_s};
+    constexpr unsigned ofScriptsWithRulesOfTheirOwn = 6;
     std::mt19937 random(7);
     for (int round = 0; round < 3000; ++round) {
         QString text;
