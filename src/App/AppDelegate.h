@@ -7,6 +7,7 @@
 #include "App/ExternalActionHandler.h"
 #include "App/OptimizeInteraction.h"
 #include "App/QuitShortcut.h"
+#include "App/SmartSelectTrigger.h"
 #include "App/TriggerGates.h"
 #include "Debug/MVPDebugPanel.h"
 #include "Engines/ExpressionRunner.h"
@@ -15,6 +16,7 @@
 #include "ExternalAccess/ExternalTextInputReader.h"
 #include "ExternalAccess/ExternalTextWriteback.h"
 #include "ExternalAccess/PermissionDiagnostics.h"
+#include "ExternalAccess/SmartSelectContentReader.h"
 #include "ExternalAccess/WritebackTargetValidator.h"
 #include "Foundation/Lifetime.h"
 #include "Foundation/NotificationCenter.h"
@@ -34,6 +36,7 @@ class ExpressionMemoryStore;
 class InteractionSoundPlayer;
 class ModelTasks;
 class OllamaClient;
+class SmartSelectSurface;
 class UserBehaviorTracker;
 
 /// The spine of the process: owns the long-lived objects, turns the engine's raw callbacks into actions, and
@@ -52,9 +55,10 @@ public:
         ModelTasks& tasks;
         AgentTeamManager& agents;
         InteractionSoundPlayer& sounds;
-        /// What the program may lack: its main window and its account.
+        /// What the program may lack: its main window, its account, and what it shows beside a selection.
         std::function<void()> presentMainWindow{};
         AuthLinks::Account account{};
+        SmartSelectSurface* smartSelectSurface = nullptr;
     };
 
     AppDelegate(const Desktop& desktop, const Shared& shared);
@@ -80,6 +84,8 @@ public:
     /// The interactions that come before the choice in the path of a key attach themselves here.
     ActiveInteraction& activeInteraction() { return activeInteraction_; }
     OptimizeInteraction& optimizeInteraction() { return optimize_; }
+    /// The overlay for drops attaches itself here.
+    SmartSelectTrigger& smartSelectTrigger() { return smartSelect_; }
 
 private:
     void setupNotificationObservers();
@@ -105,6 +111,8 @@ private:
     ExternalTextClipboardFallback clipboardFallback_;
     ExternalTextInputReader reader_;
     ExternalTextInputLocator locator_;
+    SmartSelectClipboardCopy smartSelectCopy_;
+    SmartSelectContentReader smartSelectReader_;
     ExternalTextWriteback writeback_;
     WritebackTargetValidator validator_;
     ExpressionRunner expressions_;
@@ -114,6 +122,7 @@ private:
     OptimizeInteraction optimize_;
     ActiveInteraction activeInteraction_;
     TriggerGates gates_;
+    SmartSelectTrigger smartSelect_;
     AuthLinks authLinks_;
     QuitShortcut quitShortcut_;
     std::vector<Subscription> notificationObservers_;

@@ -43,7 +43,7 @@ void SimulatedVeltrin::launch() {
     delegate_ = std::make_unique<AppDelegate>(
         desktop.desktop(),
         AppDelegate::Shared{settings(), notifications, *client_, expressionMemory_, behaviors_, *data_,
-                            *tasks_, *agents_, *sounds_, presentMainWindow, account});
+                            *tasks_, *agents_, *sounds_, presentMainWindow, account, smartSelectSurface});
     delegate_->applicationDidFinishLaunching();
     desktop.runLoop.runDue();
 }

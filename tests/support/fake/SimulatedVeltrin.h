@@ -77,6 +77,7 @@ public:
     // What the program is lent, to be set before the launch.
     std::function<void()> presentMainWindow;
     AuthLinks::Account account;
+    SmartSelectSurface* smartSelectSurface = nullptr;
 
     FakeDesktop desktop;
     SimulatedModel model{desktop.runLoop};
