@@ -5,8 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 namespace veltrin {
 namespace {
 
@@ -453,11 +451,8 @@ TEST_F(SmartSelectTriggerTest, aTextOfManyMegabytesIsShownWhole) {
     wait();
     ASSERT_EQ(surface.shown.size(), 1U);
     EXPECT_EQ(surface.shown[0].text.size(), 25'000'000);
-    EXPECT_LT(std::max_element(log.lines().begin(), log.lines().end(),
-                               [](const auto& a, const auto& b) { return a.size() < b.size(); })
-                  ->size(),
-              1000)
-        << "none of it in the log";
+    for (const QString& line : log.lines())
+        EXPECT_LT(line.size(), 1000) << "none of it in the log";
 }
 
 // MARK: The tap

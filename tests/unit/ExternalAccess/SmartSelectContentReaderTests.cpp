@@ -20,6 +20,22 @@ using Reason = SmartSelectTriggerReason;
 
 constexpr QPointF mouse{300, 200};
 
+/// Posts as the desktop does, which knows nothing of elements that a test made up.
+class ElementBlindPoster final : public KeyPoster {
+public:
+    explicit ElementBlindPoster(KeyPoster& poster) : poster_(poster) {}
+    PostResult post(const KeyPost& chord) override {
+        element = chord.target.element;
+        KeyPost blind = chord;
+        blind.target.element.reset();
+        return poster_.post(blind);
+    }
+    AXElementRef element;
+
+private:
+    KeyPoster& poster_;
+};
+
 /// An application of which accessibility says word for word what the test wrote down, on a simulated desktop
 /// that takes the copy keys.
 class SmartSelectContentReaderTest : public testing::Test {
@@ -82,8 +98,9 @@ protected:
     test::ScriptedAccessibility accessibility;
     PasteboardLoan loan{desktop.pasteboard, desktop.runLoop};
     ClipboardFallbackInterferenceGuard guard{desktop.runLoop};
-    SmartSelectClipboardCopy clipboardCopy{desktop.workspace, desktop.pasteboard, loan,
-                                           desktop.keyPoster, desktop.runLoop,    guard};
+    ElementBlindPoster poster{desktop.keyPoster};
+    SmartSelectClipboardCopy clipboardCopy{
+        desktop.workspace, desktop.pasteboard, loan, poster, desktop.runLoop, guard};
     SmartSelectContentReader reader{accessibility, desktop.workspace, clipboardCopy};
 };
 
@@ -294,6 +311,7 @@ TEST_F(SmartSelectContentReaderTest, aFocusedTextElementIsCopiedFrom) {
         ASSERT_TRUE(content) << qPrintable(role) << ' ' << qPrintable(subrole);
         EXPECT_EQ(*content, (SmartSelectedContent{u"copy"_s, mouse, u"clipboardSelection"_s, u"Reader"_s,
                                                   u"org.example.Reader"_s}));
+        EXPECT_EQ(poster.element, focused) << "no key goes to any other";
         desktop.advance(2);
     }
     EXPECT_TRUE(log.has(u"SmartSelect clipboard read success: length: 4"_s));

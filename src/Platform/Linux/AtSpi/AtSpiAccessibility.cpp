@@ -216,10 +216,11 @@ AXTree AtSpiAccessibility::copyTree(const AXElementRef& element, const AXTreeLim
     }
     const auto found = worker_->ask<AXTree>(
         [=, object = target->address()](Room& room, Conversation& conversation) -> AXResult<AXTree> {
-            if (!object.isNull()) return AtSpi::readTree(object, process, limits, conversation);
+            if (!object.isNull())
+                return AtSpi::readTree(object, process, limits, room.directory, conversation);
             const auto top = AtSpi::topLevelObject(process, title, isActive, room.directory, conversation);
             if (!top) return AXError::noValue;
-            return AtSpi::readTree(*top, process, limits, conversation);
+            return AtSpi::readTree(*top, process, limits, room.directory, conversation);
         });
     return found.ok() ? found.value : nothing;
 }

@@ -1,6 +1,7 @@
 #include "Platform/Linux/AtSpi/TreeReading.h"
 
 #include "Platform/Linux/AtSpi/AtSpiElement.h"
+#include "Platform/Linux/AtSpi/TextState.h"
 
 #include <algorithm>
 
@@ -32,8 +33,8 @@ void forNodes(std::vector<Node>& nodes, std::size_t first, std::size_t last, Con
 
 class TreeReader {
 public:
-    TreeReader(const AXTreeLimits& limits, Conversation& conversation)
-        : limits_(limits), conversation_(conversation) {}
+    TreeReader(const AXTreeLimits& limits, bool isPage, Conversation& conversation)
+        : limits_(limits), isPage_(isPage), conversation_(conversation) {}
 
     void read(const ObjectAddress& object) {
         nodes_.push_back({object, false, 0, {}});
@@ -41,7 +42,8 @@ public:
         for (int depth = 0; depth <= limits_.depth; ++depth) {
             const std::size_t last = nodes_.size();
             if (first == last) break;
-            look(first, last, depth < limits_.depth);
+            count(first, last);
+            look(first, last);
             if (depth < limits_.depth) descend(first, last);
             first = last;
         }
@@ -58,28 +60,37 @@ public:
     }
 
 private:
-    /// Whether something is selected in the nodes of a level, and how many children they have.
-    void look(std::size_t first, std::size_t last, bool withChildren) {
-        struct Questions {
-            Pending selections, count;
-        };
+    /// How many children the nodes of a level have.
+    void count(std::size_t first, std::size_t last) {
+        forNodes(
+            nodes_, first, last, conversation_,
+            [&](const Node& node) {
+                return conversation_.property(node.object, Name::accessible, "ChildCount");
+            },
+            [&](std::size_t index, Pending pending) {
+                const Reply count = conversation_.reply(std::move(pending));
+                if (count.ok())
+                    nodes_[index].childCount = static_cast<int>(std::max<qint64>(count.number(), 0));
+            });
+    }
+
+    /// Whether something is selected in the nodes of a level.
+    void look(std::size_t first, std::size_t last) {
         forNodes(
             nodes_, first, last, conversation_,
             [&](const Node& node) {
                 // What has no text answers with an error, and that says enough.
-                Questions questions;
-                questions.selections = conversation_.call(node.object, Name::text, "GetNSelections");
-                if (withChildren)
-                    questions.count = conversation_.property(node.object, Name::accessible, "ChildCount");
-                return questions;
+                return node.childCount > mostChildrenAsked
+                           ? Pending()
+                           : conversation_.call(node.object, Name::text, "GetNSelections");
             },
-            [&](std::size_t index, Questions questions) {
+            [&](std::size_t index, Pending pending) {
+                const Reply selections = conversation_.reply(std::move(pending));
                 Node& node = nodes_[index];
-                const Reply selections = conversation_.reply(std::move(questions.selections));
                 node.hasSelection = selections.ok() && selections.number() > 0;
-                if (!withChildren) return;
-                const Reply count = conversation_.reply(std::move(questions.count));
-                if (count.ok()) node.childCount = static_cast<int>(std::max<qint64>(count.number(), 0));
+                // What is selected inside of a page's text shows in that text as well; only a field that has
+                // lost the focus remembers another selection.
+                if (isPage_ && selections.ok() && !node.hasSelection) node.childCount = 0;
             });
     }
 
@@ -142,6 +153,7 @@ private:
     bool isFull() const { return std::ssize(nodes_) >= limits_.elements; }
 
     const AXTreeLimits& limits_;
+    bool isPage_;  ///< of Chromium
     Conversation& conversation_;
     std::vector<Node> nodes_;
 };
@@ -149,8 +161,11 @@ private:
 }  // namespace
 
 AXTree readTree(const ObjectAddress& object, qint32 processIdentifier, const AXTreeLimits& limits,
-                Conversation& conversation) {
-    TreeReader reader(limits, conversation);
+                ApplicationDirectory& directory, Conversation& conversation) {
+    const bool isPage = directory.toolkitOf(object.bus, conversation) == Toolkit::chromium &&
+                        static_cast<Role>(conversation.ask(object, Name::accessible, "GetRole").number()) ==
+                            Role::documentWeb;
+    TreeReader reader(limits, isPage, conversation);
     reader.read(object);
     return reader.tree(0, processIdentifier);
 }

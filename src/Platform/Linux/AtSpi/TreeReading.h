@@ -8,7 +8,7 @@ namespace veltrin::AtSpi {
 /// is selected in it, and what it holds. What has not answered by the conversation's end is missing. Worker
 /// thread only.
 AXTree readTree(const ObjectAddress& object, qint32 processIdentifier, const AXTreeLimits& limits,
-                Conversation& conversation);
+                ApplicationDirectory& directory, Conversation& conversation);
 
 /// The top-level object of a process that stands for one of its windows: the only one, or the one of that
 /// title, or else the active one when the window is. None when it can't be told.
