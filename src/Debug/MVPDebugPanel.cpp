@@ -140,7 +140,6 @@ bool MVPDebugPanel::replace(Slot& slot, const PanelSpec& spec) {
     tellClosed(slot);
     slot.panel = panels_.create(spec);
     slot.kind = spec.kind;
-    slot.size = spec.size;
     return slot.panel != nullptr;
 }
 
@@ -194,8 +193,9 @@ void MVPDebugPanel::positionCentered(Slot& slot) {
     const auto screen = screens_.mainScreen();
     if (!screen) return slot.panel->center();
     const QRectF& visible = screen->visibleFrame;
-    slot.panel->setFrameOrigin({ScreenRect::midX(visible) - slot.size.width() * 0.5,
-                                ScreenRect::midY(visible) - slot.size.height() * 0.5});
+    const QSizeF size = slot.panel->frameSize();
+    slot.panel->setFrameOrigin(
+        {ScreenRect::midX(visible) - size.width() * 0.5, ScreenRect::midY(visible) - size.height() * 0.5});
 }
 
 void MVPDebugPanel::position(Slot& slot, const std::optional<QRectF>& anchorRect) {
@@ -211,8 +211,9 @@ void MVPDebugPanel::position(Slot& slot, const std::optional<QRectF>& anchorRect
 void MVPDebugPanel::positionAnchored(Slot& slot, const QRectF& rect) {
     const auto screen = screenFor(rect);
     if (!screen) return slot.panel->center();
-    const QPointF preferred(ScreenRect::midX(rect) - slot.size.width() * 0.5,
-                            ScreenRect::minY(rect) - slot.size.height() - anchorGap);
+    const QSizeF size = slot.panel->frameSize();
+    const QPointF preferred(ScreenRect::midX(rect) - size.width() * 0.5,
+                            ScreenRect::minY(rect) - size.height() - anchorGap);
     place(slot, preferred, *screen, "UI anchor positioning:");
 }
 
@@ -220,7 +221,7 @@ void MVPDebugPanel::positionNearMouse(Slot& slot) {
     const auto screen = screens_.mainScreen();
     if (!screen) return slot.panel->center();
     const QPointF mouse = screens_.mouseLocation();
-    place(slot, {mouse.x() - slot.size.width() * 0.5, mouse.y() + mouseGap}, *screen,
+    place(slot, {mouse.x() - slot.panel->frameSize().width() * 0.5, mouse.y() + mouseGap}, *screen,
           "UI mouse fallback positioning:");
 }
 
@@ -229,17 +230,19 @@ void MVPDebugPanel::positionStatusPill(Slot& slot, const std::optional<QRectF>& 
     const auto screen = screenFor(*anchorRect);
     if (!screen) return slot.panel->center();
     // In the middle of the anchor, not below it: the pill stands for the text itself.
-    const QPointF preferred(ScreenRect::midX(*anchorRect) - slot.size.width() * 0.5,
-                            ScreenRect::midY(*anchorRect) - slot.size.height() * 0.5);
+    const QSizeF size = slot.panel->frameSize();
+    const QPointF preferred(ScreenRect::midX(*anchorRect) - size.width() * 0.5,
+                            ScreenRect::midY(*anchorRect) - size.height() * 0.5);
     place(slot, preferred, *screen, "UI status pill positioning:");
 }
 
 void MVPDebugPanel::place(Slot& slot, QPointF preferred, const Screen& screen, const char* words) {
     const QRectF& visible = screen.visibleFrame;
+    const QSizeF size = slot.panel->frameSize();
     const QPointF origin(clamped(preferred.x(), ScreenRect::minX(visible) + screenMargin,
-                                 ScreenRect::maxX(visible) - slot.size.width() - screenMargin),
+                                 ScreenRect::maxX(visible) - size.width() - screenMargin),
                          clamped(preferred.y(), ScreenRect::minY(visible) + screenMargin,
-                                 ScreenRect::maxY(visible) - slot.size.height() - screenMargin));
+                                 ScreenRect::maxY(visible) - size.height() - screenMargin));
     if (isVerbose(preferences_))
         MVPLog::write(words, "preferred:", describe(preferred), "result:", describe(origin),
                       "visible frame:", visible);

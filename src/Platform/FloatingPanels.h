@@ -53,6 +53,9 @@ class FloatingPanel {
 public:
     virtual ~FloatingPanel() = default;
 
+    /// What it covers of the screen, in the windowing layer's coordinates: more than its spec's size where
+    /// the desktop enlarges what it shows.
+    virtual QSizeF frameSize() const = 0;
     /// Moves the panel's lower left corner, without animation.
     virtual void setFrameOrigin(QPointF origin) = 0;
     /// The platform's own idea of the middle, for when no screen is known.

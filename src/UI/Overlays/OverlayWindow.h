@@ -45,6 +45,7 @@ private:
     /// Fits the window to the desktop, which may have begun or ceased to blend windows.
     void adaptToCompositor();
     void applyShadowRoom(int room);
+    void shapeOutline();
     void shapeInput();
     void place();
 

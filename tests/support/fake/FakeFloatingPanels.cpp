@@ -15,6 +15,7 @@ public:
         log_.add(loop_.now(), "panel closed", record_->spec.text);
     }
 
+    QSizeF frameSize() const override { return record_->spec.size * record_->scale; }
     void setFrameOrigin(QPointF origin) override {
         record_->origin = origin;
         record_->centered = false;
@@ -52,6 +53,7 @@ std::unique_ptr<FloatingPanel> FakeFloatingPanels::create(const PanelSpec& spec)
     if (!available) return nullptr;
     auto record = std::make_shared<Record>();
     record->spec = spec;
+    record->scale = scale;
     records.push_back(record);
     return std::make_unique<FakeFloatingPanel>(loop_, log_, std::move(record), fadeDuration);
 }

@@ -16,6 +16,7 @@ public:
 
     struct Record {
         PanelSpec spec;
+        double scale = 1;               ///< how much larger the desktop shows it
         std::optional<QPointF> origin;  ///< lower left corner; none while it was only centred
         bool centered = false;          ///< left to the platform's own idea of the middle
         std::optional<double> animatedScale;
@@ -42,6 +43,7 @@ public:
 
     std::vector<std::shared_ptr<Record>> records;
     bool available = true;
+    double scale = 1;            ///< of the panels that are made from now on
     double fadeDuration = 0.12;  ///< seconds that `animateOut` takes
 
 private:
