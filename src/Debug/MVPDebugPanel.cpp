@@ -193,7 +193,7 @@ void MVPDebugPanel::positionCentered(Slot& slot) {
     const auto screen = screens_.mainScreen();
     if (!screen) return slot.panel->center();
     const QRectF& visible = screen->visibleFrame;
-    const QSizeF size = slot.panel->frameSize();
+    const QSizeF size = slot.panel->frame().size();
     slot.panel->setFrameOrigin(
         {ScreenRect::midX(visible) - size.width() * 0.5, ScreenRect::midY(visible) - size.height() * 0.5});
 }
@@ -211,7 +211,7 @@ void MVPDebugPanel::position(Slot& slot, const std::optional<QRectF>& anchorRect
 void MVPDebugPanel::positionAnchored(Slot& slot, const QRectF& rect) {
     const auto screen = screenFor(rect);
     if (!screen) return slot.panel->center();
-    const QSizeF size = slot.panel->frameSize();
+    const QSizeF size = slot.panel->frame().size();
     const QPointF preferred(ScreenRect::midX(rect) - size.width() * 0.5,
                             ScreenRect::minY(rect) - size.height() - anchorGap);
     place(slot, preferred, *screen, "UI anchor positioning:");
@@ -221,7 +221,7 @@ void MVPDebugPanel::positionNearMouse(Slot& slot) {
     const auto screen = screens_.mainScreen();
     if (!screen) return slot.panel->center();
     const QPointF mouse = screens_.mouseLocation();
-    place(slot, {mouse.x() - slot.panel->frameSize().width() * 0.5, mouse.y() + mouseGap}, *screen,
+    place(slot, {mouse.x() - slot.panel->frame().size().width() * 0.5, mouse.y() + mouseGap}, *screen,
           "UI mouse fallback positioning:");
 }
 
@@ -230,7 +230,7 @@ void MVPDebugPanel::positionStatusPill(Slot& slot, const std::optional<QRectF>& 
     const auto screen = screenFor(*anchorRect);
     if (!screen) return slot.panel->center();
     // In the middle of the anchor, not below it: the pill stands for the text itself.
-    const QSizeF size = slot.panel->frameSize();
+    const QSizeF size = slot.panel->frame().size();
     const QPointF preferred(ScreenRect::midX(*anchorRect) - size.width() * 0.5,
                             ScreenRect::midY(*anchorRect) - size.height() * 0.5);
     place(slot, preferred, *screen, "UI status pill positioning:");
@@ -238,7 +238,7 @@ void MVPDebugPanel::positionStatusPill(Slot& slot, const std::optional<QRectF>& 
 
 void MVPDebugPanel::place(Slot& slot, QPointF preferred, const Screen& screen, const char* words) {
     const QRectF& visible = screen.visibleFrame;
-    const QSizeF size = slot.panel->frameSize();
+    const QSizeF size = slot.panel->frame().size();
     const QPointF origin(clamped(preferred.x(), ScreenRect::minX(visible) + screenMargin,
                                  ScreenRect::maxX(visible) - size.width() - screenMargin),
                          clamped(preferred.y(), ScreenRect::minY(visible) + screenMargin,

@@ -2,6 +2,7 @@
 
 #include "UI/Overlays/XDisplay.h"
 
+#include <QMouseEvent>
 #include <QQuickItem>
 #include <QScreen>
 
@@ -15,8 +16,9 @@
 namespace veltrin {
 namespace {
 
-constexpr int cornerRadius = 16;  // VtTheme.radiusPopup
 constexpr int roomOfShadow = 24;
+/// Pixels that the pointer may stray from where it went down before a click is a drag.
+constexpr double clickSlack = 4;
 
 /// A rectangle with round corners, row by row.
 std::vector<xcb_rectangle_t> roundedRows(QSize size, double radius) {
@@ -57,6 +59,8 @@ OverlayWindow::OverlayWindow(QQuickItem* card, QSize size, bool takesMouseEvents
     card_->setSize(size);
     if (card_->metaObject()->indexOfSignal("slotChosen(int)") >= 0)
         connect(card_, SIGNAL(slotChosen(int)), this, SIGNAL(slotChosen(int)));
+    if (card_->metaObject()->indexOfSignal("acted(int)") >= 0)
+        connect(card_, SIGNAL(acted(int)), this, SIGNAL(acted(int)));
 
     motion_.setEasingCurve(QEasingCurve::OutCubic);
     connect(&motion_, &QVariantAnimation::valueChanged, this, [this](const QVariant& value) {
@@ -99,6 +103,39 @@ void OverlayWindow::place() {
     setPosition(corner + (native - corner) / devicePixelRatio());
 }
 
+/// The opposite of what `place` does.
+QPointF OverlayWindow::native(QPointF position) const {
+    const QPointF corner = screen() != nullptr ? screen()->geometry().topLeft() : QPoint();
+    return corner + (position - corner) * devicePixelRatio();
+}
+
+// MARK: Mouse
+
+bool OverlayWindow::event(QEvent* event) {
+    if (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseMove)
+        tellOfMouse(*static_cast<const QMouseEvent*>(event));
+    const bool isRelease = event->type() == QEvent::MouseButtonRelease;
+    const bool result = QQuickWindow::event(event);
+    // Only now: what was released at the end of a drag was no click.
+    if (isRelease) card_->setProperty("dragged", false);
+    return result;
+}
+
+void OverlayWindow::tellOfMouse(const QMouseEvent& event) {
+    const QPointF position = native(event.globalPosition());
+    if (event.type() == QEvent::MouseMove) {
+        if (!event.buttons().testFlag(Qt::LeftButton)) return;
+        const QPointF way = position - mouseDown_;
+        if (std::hypot(way.x(), way.y()) > clickSlack) card_->setProperty("dragged", true);
+        Q_EMIT mouseDragged(position);
+    } else if (event.button() == Qt::LeftButton) {
+        mouseDown_ = position;
+        Q_EMIT mouseDown(position);
+    }
+}
+
+// MARK: The desktop's kinds
+
 void OverlayWindow::adaptToCompositor() {
     blended_ = isCompositorRunning();
     card_->setProperty("translucent", blended_);
@@ -128,7 +165,8 @@ void OverlayWindow::shapeOutline() {
         return;
     }
     const double scale = devicePixelRatio();
-    const auto rows = roundedRows(cardSize_ * scale, cornerRadius * scale);
+    const double radius = card_->property("cornerRadius").toDouble() * scale;
+    const auto rows = roundedRows(cardSize_ * scale, radius);
     xcb_shape_rectangles(connection, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, XCB_CLIP_ORDERING_YX_BANDED,
                          window, 0, 0, static_cast<std::uint32_t>(rows.size()), rows.data());
 }

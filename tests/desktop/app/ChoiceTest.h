@@ -89,9 +89,11 @@ protected:
     static bool isNear(QPoint a, QPoint b, int distance = 2) {
         return std::abs(a.x() - b.x()) <= distance && std::abs(a.y() - b.y()) <= distance;
     }
+    /// The caret behind the last character that was typed.
     QRect caretOf(const ProbedField& field) {
         const qsizetype caret = atspi().read(field).caret;
-        return atspi().rangeExtents(field, caret, caret + 1);
+        const QRect before = atspi().rangeExtents(field, caret - 1, caret);
+        return QRect(before.right() + 1, before.y(), 2, before.height());
     }
     /// Waits for the read, the model and the write, with the clipboard given back.
     void expectWritten(const ProbedField& field, const QString& text) {

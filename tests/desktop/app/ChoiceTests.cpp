@@ -44,8 +44,6 @@ TEST_F(Choice, itStandsBelowTheCaretAndFollowsTheTypingAndTheWindow) {
     const ProbedField field = atspi().waitForField(editor);
     FocusWatch focus(desktop(), editor.window());
     typeSentence(QStringLiteral("a sentence that brings the caret away from the left"));
-    // Behind the end of a text is no character whose place could be asked for.
-    typist().tap(QStringLiteral("Left"), 5);
     tapOptimize();
 
     const QRectF anchor = loggedAnchor();
