@@ -4,6 +4,7 @@
 #include "Data/AppSettings.h"
 #include "Data/HistoryStore.h"
 #include "Data/PromptStore.h"
+#include "Debug/PopupAnimator.h"
 #include "Foundation/Characters.h"
 #include "Foundation/MVPLog.h"
 #include "Foundation/Text.h"
@@ -20,8 +21,6 @@ constexpr QSizeF popupSize{300, 244};
 constexpr double iconGap = 12;
 constexpr double popupGap = 8;
 constexpr double iconSeconds = 3.0;
-constexpr double appearScale = 0.965;
-constexpr double appearDuration = 0.17;
 constexpr qsizetype titleCharacters = 18;
 /// More of a text than any title of 18 characters is made of, so that a huge one is not gone through.
 constexpr qsizetype titleSource = 64;
@@ -69,7 +68,7 @@ void SmartSelectOverlay::showIcon(QPointF point, const QString& selectedText) {
     const QSizeF size = iconPanel_->frame().size();
     iconPanel_->setFrameOrigin(
         clampToScreen({point.x() - size.width() * 0.5, point.y() - size.height() - iconGap}, size));
-    iconPanel_->animateIn(appearScale, appearDuration);
+    PopupAnimator::animateIn(*iconPanel_);
     iconDismissTimer_ = parts_.runLoop.after(iconSeconds, [this] { dismissIcon(); });
 }
 
@@ -97,7 +96,7 @@ void SmartSelectOverlay::showPopup() {
                                               size));
     parts_.runLoop.post(
         lifetime_.bind([this] { parts_.sounds.playPopup(InteractionSoundChannel::smartSelect); }));
-    popupPanel_->animateIn(appearScale, appearDuration);
+    PopupAnimator::animateIn(*popupPanel_);
     installDragMonitor(*popupPanel_);
 }
 

@@ -1,6 +1,7 @@
 #include "Debug/MVPDebugPanel.h"
 
 #include "Debug/OptimizeChoiceBubble.h"
+#include "Debug/PopupAnimator.h"
 #include "ExternalAccess/ExternalActionFeedback.h"
 #include "Foundation/Characters.h"
 #include "Foundation/MVPLog.h"
@@ -15,8 +16,6 @@ namespace {
 constexpr QSizeF textPanelSize{300, 84};
 constexpr QSizeF statusPillSize{72, 40};
 constexpr QSizeF choicePanelSize{310, 248};
-constexpr double appearScale = 0.965;
-constexpr double appearDuration = 0.17;
 constexpr double failureCardDuration = 2.2;
 constexpr double anchorGap = 10;
 constexpr double mouseGap = 24;
@@ -148,7 +147,7 @@ void MVPDebugPanel::tellClosed(Slot& slot) {
 }
 
 void MVPDebugPanel::animateIn(Slot& slot, std::optional<double> autoDismiss) {
-    slot.panel->animateIn(appearScale, appearDuration);
+    PopupAnimator::animateIn(*slot.panel);
     if (autoDismiss && *autoDismiss > 0)
         slot.dismissTask = scheduleDismiss(*autoDismiss, [this, &slot] { dismiss(slot); });
 }
@@ -175,7 +174,7 @@ void MVPDebugPanel::dismiss(Slot& slot) {
     if (!slot.panel) return;
     FloatingPanel* panel = slot.panel.get();
     leaving_.push_back(std::move(slot.panel));
-    panel->animateOut(lifetime_.bind([this, panel] {
+    PopupAnimator::animateOut(*panel, lifetime_.bind([this, panel] {
         std::erase_if(leaving_, [panel](const auto& leaving) { return leaving.get() == panel; });
     }));
     tellClosed(slot);
