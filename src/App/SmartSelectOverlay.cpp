@@ -173,7 +173,7 @@ void SmartSelectOverlay::animateOut(std::unique_ptr<FloatingPanel> leaving) {
     if (!leaving) return;
     FloatingPanel* panel = leaving.get();
     leaving_.push_back(std::move(leaving));
-    panel->animateOut(lifetime_.bind([this, panel] {
+    PopupAnimator::animateOut(*panel, lifetime_.bind([this, panel] {
         std::erase_if(leaving_, [panel](const auto& gone) { return gone.get() == panel; });
     }));
 }
