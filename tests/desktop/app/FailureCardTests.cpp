@@ -173,7 +173,9 @@ TEST_F(Choice, aTerminalGetsNoLineBreaksButACopy) {
     EXPECT_TRUE(waitUntil(5, [&] { return clipboard().text() == lines; }));
     QFile file(received);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    EXPECT_EQ(file.readAll(), "two commands  ");
+    const QByteArray bytes = file.readAll();
+    EXPECT_TRUE(bytes.startsWith("two commands  ")) << bytes.constData();
+    EXPECT_FALSE(bytes.contains("echo")) << bytes.constData();
 }
 
 TEST_F(Choice, anEmptyFieldGetsItsCard) {
