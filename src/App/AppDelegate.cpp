@@ -6,6 +6,7 @@
 #include "Expression/ExpressionMemoryStore.h"
 #include "Foundation/MVPLog.h"
 #include "Platform/RunLoop.h"
+#include "System/Analytics.h"
 
 #include <algorithm>
 
@@ -27,6 +28,7 @@ double seconds(const Setting<double>& milliseconds, double minimum, double maxim
 AppDelegate::AppDelegate(const Desktop& desktop, const Shared& shared)
     : desktop_(desktop),
       shared_(shared),
+      crashReporter_(shared.systemLog),
       appPolicy_(desktop.workspace, shared.settings),
       interferenceGuard_(desktop.runLoop),
       engine_(desktop.runLoop, desktop.keyEventTaps, desktop.preferences, desktop.pasteboard,
@@ -55,9 +57,13 @@ AppDelegate::AppDelegate(const Desktop& desktop, const Shared& shared)
       optimize_({desktop.runLoop, engine_, debugPanel_, locator_, shared.data.memoryActions, shared.agents,
                  shared.settings, chosen_, shared.sounds}),
       activeInteraction_(optimize_),
+      smartSelectOverlay_({desktop.runLoop, desktop.floatingPanels, desktop.screens, desktop.pasteboard,
+                           shared.agents, shared.settings, shared.sounds, shared.data.history,
+                           shared.data.prompts, expressions_}),
       gates_(shared.settings, appPolicy_),
       smartSelect_({desktop.runLoop, desktop.mouseEventTaps, desktop.screens, shared.settings, appPolicy_,
-                    smartSelectReader_, shared.smartSelectSurface}),
+                    smartSelectReader_,
+                    shared.smartSelectSurface ? *shared.smartSelectSurface : smartSelectOverlay_}),
       authLinks_(desktop.preferences, [this] { showMainWindow(); }),
       quitShortcut_(desktop.keyEventTaps, desktop.runLoop, desktop.processControl) {
     authLinks_.account = shared_.account;
@@ -68,6 +74,8 @@ AppDelegate::AppDelegate(const Desktop& desktop, const Shared& shared)
 AppDelegate::~AppDelegate() = default;
 
 void AppDelegate::applicationDidFinishLaunching() {
+    startDiagnostics();
+    if (shared_.registerFonts) shared_.registerFonts();
     shared_.data.clipboard.startMonitoring();
     MVPLog::write("MVP App launched");
     permissions_.logAll();
@@ -81,6 +89,16 @@ void AppDelegate::applicationDidFinishLaunching() {
     fillEngine();
     subscribeToSettings();
     warmUp();
+}
+
+/// Before all else, so that whatever fails after it is seen.
+void AppDelegate::startDiagnostics() {
+    crashReporter_.start();
+    std::vector<std::unique_ptr<AnalyticsBackend>> backends;
+    backends.push_back(std::make_unique<OSLogAnalyticsBackend>(
+        shared_.systemLog, QStringLiteral("com.veltrin.app"), QStringLiteral("analytics")));
+    shared_.analytics.setBackends(std::move(backends));
+    shared_.analytics.track(QStringLiteral("launch"));
 }
 
 void AppDelegate::setupNotificationObservers() {
@@ -139,11 +157,10 @@ bool AppDelegate::isActionAvailable(CustomShortcutAction action) const {
     switch (action) {
         case CustomShortcutAction::optimize:
         case CustomShortcutAction::translation:
+        case CustomShortcutAction::smartSelect:
             return true;
         case CustomShortcutAction::drag:
             return shared_.presentMainWindow != nullptr;
-        case CustomShortcutAction::smartSelect:
-            return smartSelect_.isAvailable();
         case CustomShortcutAction::voice:
             break;
     }

@@ -7,6 +7,7 @@
 #include "App/ExternalActionHandler.h"
 #include "App/OptimizeInteraction.h"
 #include "App/QuitShortcut.h"
+#include "App/SmartSelectOverlay.h"
 #include "App/SmartSelectTrigger.h"
 #include "App/TriggerGates.h"
 #include "Debug/MVPDebugPanel.h"
@@ -23,6 +24,7 @@
 #include "Gesture/SpaceGestureEngine.h"
 #include "Gesture/SpaceGesturePolicy.h"
 #include "Platform/Desktop.h"
+#include "System/CrashReporter.h"
 
 #include <optional>
 #include <vector>
@@ -30,6 +32,7 @@
 namespace veltrin {
 
 class AgentTeamManager;
+class Analytics;
 class AppSettings;
 struct DataStore;
 class ExpressionMemoryStore;
@@ -37,6 +40,7 @@ class InteractionSoundPlayer;
 class ModelTasks;
 class OllamaClient;
 class SmartSelectSurface;
+class SystemLog;
 class UserBehaviorTracker;
 
 /// The spine of the process: owns the long-lived objects, turns the engine's raw callbacks into actions, and
@@ -55,9 +59,13 @@ public:
         ModelTasks& tasks;
         AgentTeamManager& agents;
         InteractionSoundPlayer& sounds;
-        /// What the program may lack: its main window, its account, and what it shows beside a selection.
+        SystemLog& systemLog;
+        Analytics& analytics;
+        /// What the program may lack: its main window, its account, and fonts of its own.
         std::function<void()> presentMainWindow{};
         AuthLinks::Account account{};
+        std::function<void()> registerFonts{};
+        /// Stands beside selections in place of the program's own overlay.
         SmartSelectSurface* smartSelectSurface = nullptr;
     };
 
@@ -84,10 +92,12 @@ public:
     /// The interactions that come before the choice in the path of a key attach themselves here.
     ActiveInteraction& activeInteraction() { return activeInteraction_; }
     OptimizeInteraction& optimizeInteraction() { return optimize_; }
+    SmartSelectOverlay& smartSelectOverlay() { return smartSelectOverlay_; }
     /// The overlay for drops attaches itself here.
     SmartSelectTrigger& smartSelectTrigger() { return smartSelect_; }
 
 private:
+    void startDiagnostics();
     void setupNotificationObservers();
     void fillEngine();
     void fillEngineActions();
@@ -102,6 +112,7 @@ private:
 
     Desktop desktop_;
     Shared shared_;
+    CrashReporter crashReporter_;
     SpaceGestureAppPolicy appPolicy_;
     ClipboardFallbackInterferenceGuard interferenceGuard_;
     SpaceGestureEngine engine_;
@@ -121,6 +132,7 @@ private:
     ChosenAction chosen_;
     OptimizeInteraction optimize_;
     ActiveInteraction activeInteraction_;
+    SmartSelectOverlay smartSelectOverlay_;
     TriggerGates gates_;
     SmartSelectTrigger smartSelect_;
     AuthLinks authLinks_;

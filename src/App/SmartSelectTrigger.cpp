@@ -94,13 +94,12 @@ void SmartSelectTrigger::mouseDown(const MouseEvent& event) {
 }
 
 void SmartSelectTrigger::dismissUnlessInside(QPointF point) {
-    if (!parts_.surface) return;
-    for (const auto& frame : {parts_.surface->iconFrame(), parts_.surface->popupFrame()}) {
+    for (const auto& frame : {parts_.surface.iconFrame(), parts_.surface.popupFrame()}) {
         if (frame && frame->contains(point)) return;
     }
     clickedDuringCheck_ = true;
-    parts_.surface->dismissIcon();
-    parts_.surface->dismissPopup();
+    parts_.surface.dismissIcon();
+    parts_.surface.dismissPopup();
 }
 
 void SmartSelectTrigger::mouseDragged(const MouseEvent& event) {
@@ -139,7 +138,6 @@ void SmartSelectTrigger::handleShortcut() {
 }
 
 void SmartSelectTrigger::handlePotentialSmartSelection(SmartSelectTriggerReason reason, QPointF anchorPoint) {
-    if (!parts_.surface) return;
     const AppSettings& settings = parts_.settings;
     if (!settings.smartSelectEnabled()) {
         MVPLog::write("SmartSelect ignored: disabled by settings");
@@ -171,7 +169,7 @@ void SmartSelectTrigger::checkAndShowSmartSelect(const Check& check) {
         nextCheck_ = check;
         return;
     }
-    if (parts_.surface->iconFrame() || parts_.surface->popupFrame()) {
+    if (parts_.surface.iconFrame() || parts_.surface.popupFrame()) {
         MVPLog::write("SmartSelect ignored: overlay already showing");
         return;
     }
@@ -216,7 +214,7 @@ void SmartSelectTrigger::show(const Check& check, const SmartSelectedContent& co
     MVPLog::write("SmartSelect show:", "reason:", rawValue(check.reason), "source:", content.source,
                   "app:", content.appName, "bundle:", content.bundleIdentifier,
                   "length:", Characters::count(content.text));
-    parts_.surface->showIcon(content.anchorPoint.value_or(check.fallbackAnchorPoint), content.text);
+    parts_.surface.showIcon(content.anchorPoint.value_or(check.fallbackAnchorPoint), content.text);
 }
 
 }  // namespace veltrin

@@ -24,8 +24,6 @@ class SpaceGestureAppPolicy;
 /// thread.
 class SmartSelectTrigger {
 public:
-    /// All but the surface outlives the trigger; so does the surface where there is one. Without it
-    /// selections are nobody's business, and none is read.
     struct Parts {
         RunLoop& runLoop;
         MouseEventTaps& taps;
@@ -33,7 +31,7 @@ public:
         const AppSettings& settings;
         const SpaceGestureAppPolicy& policy;
         SmartSelectContentReader& reader;
-        SmartSelectSurface* surface = nullptr;
+        SmartSelectSurface& surface;
     };
     explicit SmartSelectTrigger(const Parts& parts) : parts_(parts) {}
     SmartSelectTrigger(const SmartSelectTrigger&) = delete;
@@ -47,7 +45,6 @@ public:
     void handlePotentialSmartSelection(SmartSelectTriggerReason reason, QPointF anchorPoint);
     /// The user's own shortcut: the same beside the mouse.
     void handleShortcut();
-    bool isAvailable() const { return parts_.surface != nullptr; }
 
     /// A drag that went far enough, told again and again while it goes on; may be empty.
     std::function<void()> showGlobalDropOverlayIfNeeded;

@@ -2,26 +2,36 @@
 
 #include "UI/Overlays/XDisplay.h"
 
-#include <QPainterPath>
+#include <QMouseEvent>
 #include <QQuickItem>
-#include <QRegion>
 #include <QScreen>
 
 #include <xcb/shape.h>
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
+#include <vector>
 
 namespace veltrin {
 namespace {
 
-constexpr int cornerRadius = 16;  // VtTheme.radiusPopup
 constexpr int roomOfShadow = 24;
+/// Pixels that the pointer may stray from where it went down before a click is a drag.
+constexpr double clickSlack = 4;
 
-QRegion roundedRegion(QSize size) {
-    QPainterPath path;
-    path.addRoundedRect(QRectF(QPointF(0, 0), size), cornerRadius, cornerRadius);
-    return QRegion(path.toFillPolygon().toPolygon());
+/// A rectangle with round corners, row by row.
+std::vector<xcb_rectangle_t> roundedRows(QSize size, double radius) {
+    std::vector<xcb_rectangle_t> rows;
+    for (int y = 0; y < size.height(); ++y) {
+        // From the middle of the row to the nearer corner's centre.
+        const double up = radius - std::min(y + 0.5, size.height() - y - 0.5);
+        const double left = up > 0 ? radius - std::sqrt(radius * radius - up * up) : 0;
+        const int inset = static_cast<int>(std::lround(left));
+        rows.push_back({static_cast<std::int16_t>(inset), static_cast<std::int16_t>(y),
+                        static_cast<std::uint16_t>(size.width() - 2 * inset), 1});
+    }
+    return rows;
 }
 
 }  // namespace
@@ -49,6 +59,8 @@ OverlayWindow::OverlayWindow(QQuickItem* card, QSize size, bool takesMouseEvents
     card_->setSize(size);
     if (card_->metaObject()->indexOfSignal("slotChosen(int)") >= 0)
         connect(card_, SIGNAL(slotChosen(int)), this, SIGNAL(slotChosen(int)));
+    if (card_->metaObject()->indexOfSignal("acted(int)") >= 0)
+        connect(card_, SIGNAL(acted(int)), this, SIGNAL(acted(int)));
 
     motion_.setEasingCurve(QEasingCurve::OutCubic);
     connect(&motion_, &QVariantAnimation::valueChanged, this, [this](const QVariant& value) {
@@ -91,13 +103,46 @@ void OverlayWindow::place() {
     setPosition(corner + (native - corner) / devicePixelRatio());
 }
 
+/// The opposite of what `place` does.
+QPointF OverlayWindow::native(QPointF position) const {
+    const QPointF corner = screen() != nullptr ? screen()->geometry().topLeft() : QPoint();
+    return corner + (position - corner) * devicePixelRatio();
+}
+
+// MARK: Mouse
+
+bool OverlayWindow::event(QEvent* event) {
+    if (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseMove)
+        tellOfMouse(*static_cast<const QMouseEvent*>(event));
+    const bool isRelease = event->type() == QEvent::MouseButtonRelease;
+    const bool result = QQuickWindow::event(event);
+    // Only now: what was released at the end of a drag was no click.
+    if (isRelease) card_->setProperty("dragged", false);
+    return result;
+}
+
+void OverlayWindow::tellOfMouse(const QMouseEvent& event) {
+    const QPointF position = native(event.globalPosition());
+    if (event.type() == QEvent::MouseMove) {
+        if (!event.buttons().testFlag(Qt::LeftButton)) return;
+        const QPointF way = position - mouseDown_;
+        if (std::hypot(way.x(), way.y()) > clickSlack) card_->setProperty("dragged", true);
+        Q_EMIT mouseDragged(position);
+    } else if (event.button() == Qt::LeftButton) {
+        mouseDown_ = position;
+        Q_EMIT mouseDown(position);
+    }
+}
+
+// MARK: The desktop's kinds
+
 void OverlayWindow::adaptToCompositor() {
     blended_ = isCompositorRunning();
     card_->setProperty("translucent", blended_);
     // Where nothing blends, the card's smooth corners must not fade into black.
     setColor(blended_ ? QColor(Qt::transparent) : card_->property("surfaceColor").value<QColor>());
     applyShadowRoom(blended_ ? roomOfShadow : 0);
-    setMask(blended_ ? QRegion() : roundedRegion(cardSize_));
+    shapeOutline();
     shapeInput();
 }
 
@@ -110,7 +155,22 @@ void OverlayWindow::applyShadowRoom(int room) {
     place();
 }
 
-/// A mask replaces the shape that lets clicks through, so it is set after every mask.
+/// Not by the toolkit's mask: that knows points only, and where two pixels make one its corners are stairs.
+void OverlayWindow::shapeOutline() {
+    xcb_connection_t* connection = windowsConnection();
+    if (connection == nullptr) return;
+    const auto window = static_cast<xcb_window_t>(winId());
+    if (blended_) {
+        xcb_shape_mask(connection, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, window, 0, 0, XCB_PIXMAP_NONE);
+        return;
+    }
+    const double scale = devicePixelRatio();
+    const double radius = card_->property("cornerRadius").toDouble() * scale;
+    const auto rows = roundedRows(cardSize_ * scale, radius);
+    xcb_shape_rectangles(connection, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, XCB_CLIP_ORDERING_YX_BANDED,
+                         window, 0, 0, static_cast<std::uint32_t>(rows.size()), rows.data());
+}
+
 void OverlayWindow::shapeInput() {
     xcb_connection_t* connection = windowsConnection();
     if (connection == nullptr) return;

@@ -1,4 +1,3 @@
-#include "Platform/Linux/AtSpi/AtSpiElement.h"
 #include "desktop/selection/SelectionTest.h"
 
 #include <QFile>

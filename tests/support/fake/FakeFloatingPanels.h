@@ -16,6 +16,7 @@ public:
 
     struct Record {
         PanelSpec spec;
+        double scale = 1;               ///< how much larger the desktop shows it
         std::optional<QPointF> origin;  ///< lower left corner; none while it was only centred
         bool centered = false;          ///< left to the platform's own idea of the middle
         std::optional<double> animatedScale;
@@ -23,7 +24,9 @@ public:
         bool fading = false;  ///< on its way out
         bool closed = false;
         int moves = 0;
+        std::function<void(const PanelMouse&)> mouseMonitor;
 
+        QRectF frame() const { return {origin.value_or(QPointF()), spec.size * scale}; }
         bool isShown() const { return animatedScale.has_value() && !closed && !fading; }
     };
 
@@ -35,6 +38,13 @@ public:
     std::optional<QString> shownText(PanelKind kind = PanelKind::text) const;
     /// The user clicks a row of the choice that is shown; false when none is or it has no such row.
     bool clickRow(int slot);
+    /// The user does something with the latest panel of a kind that is shown; false when none is.
+    bool act(PanelKind kind, PanelAction action);
+    /// The user presses the left button on such a panel and moves the pointer from there; false when none is
+    /// shown.
+    bool drag(PanelKind kind, QPointF from, const std::vector<QPointF>& over);
+    /// The latest panel of a kind that is shown; null when none is.
+    const Record* shownPanel(PanelKind kind) const;
     /// The latest panel ever made; must exist.
     const Record& last() const { return *records.back(); }
     /// Panels whose objects still exist.
@@ -42,6 +52,7 @@ public:
 
     std::vector<std::shared_ptr<Record>> records;
     bool available = true;
+    double scale = 1;            ///< of the panels that are made from now on
     double fadeDuration = 0.12;  ///< seconds that `animateOut` takes
 
 private:

@@ -22,7 +22,7 @@ SelectionDesktop::SelectionDesktop(RealDesktop& desktop)
       poster(text.poster),
       copy(text.workspace, text.pasteboard, text.loan, poster, text.runLoop, text.guard),
       reader(text.accessibility, text.workspace, copy),
-      trigger({text.runLoop, taps, text.screens, settings, policy, reader, &surface}) {
+      trigger({text.runLoop, taps, text.screens, settings, policy, reader, surface}) {
     trigger.setupMouseSelectionMonitor();
 }
 

@@ -519,12 +519,22 @@ TEST_F(SmartSelectTriggerTest, theProgramMayVanishInEveryMoment) {
     EXPECT_EQ(desktop.mouseEventTaps.running(), 0);
 }
 
-TEST_F(SmartSelectTriggerTest, withoutASurfaceNobodyReadsSelections) {
+TEST_F(SmartSelectTriggerTest, theProgramsOwnIconAppearsAndAClickElsewhereClosesIt) {
     veltrin.smartSelectSurface = nullptr;
+    field.readFaults[AXAttribute::boundsForRange] = FakeAXFault::refused(AXError::failure);
     launch();
+    SmartSelectOverlay& overlay = veltrin.delegate().smartSelectOverlay();
     dragAcross();
+    EXPECT_FALSE(overlay.iconFrame());
     wait();
-    EXPECT_EQ(reads(), 0);
+    ASSERT_TRUE(overlay.iconFrame());
+    dragAcross();
+    desktop.advance(0.1);
+    EXPECT_FALSE(overlay.iconFrame()) << "closed by the press";
+    wait(3);
+    desktop.mouse.click({1500, 900});
+    desktop.advance(1);
+    EXPECT_FALSE(overlay.iconFrame());
 }
 
 // MARK: The shortcut and the overlay for drops
@@ -549,14 +559,6 @@ TEST_F(SmartSelectTriggerTest, theShortcutReadsBesideTheMouseWithTheShorterDelay
     wait();
     EXPECT_TRUE(log.has(u"Custom smart select shortcut ignored by settings"_s));
     EXPECT_EQ(surface.shown.size(), 1U);
-}
-
-TEST_F(SmartSelectTriggerTest, withoutASurfaceTheShortcutIsTheApplications) {
-    desktop.preferences.values.insert_or_assign(u"shortcut_smart_select"_s, u"⌥|S"_s);
-    veltrin.smartSelectSurface = nullptr;
-    launch();
-    desktop.keyboard.chord(1, KeyFlags::option);
-    EXPECT_EQ(editor.pressesOf(1), 1);
 }
 
 TEST_F(SmartSelectTriggerTest, aLongDragCallsForTheDropOverlayAndEveryReleaseLetsItGo) {
