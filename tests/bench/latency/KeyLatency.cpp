@@ -31,7 +31,10 @@ namespace {
 using namespace veltrin;
 using Clock = std::chrono::steady_clock;
 
-constexpr int rounds = 800;
+constexpr int turns = 100;
+constexpr int keysPerTurn = 8;
+/// Between two keys, so that all that the last one set off is over.
+constexpr std::chrono::milliseconds pause{2};
 constexpr double allowedRatio = 1.3;
 
 /// An application and a typist in one: injects a key and waits for it to arrive. The keys come from the
@@ -55,6 +58,7 @@ public:
 
     /// Microseconds from the injection of the press to its arrival; the release is waited for too.
     double tap(std::uint8_t key) {
+        std::this_thread::sleep_for(pause);
         const auto begin = Clock::now();
         send(XCB_KEY_PRESS, key);
         waitFor(XCB_KEY_PRESS);
@@ -114,22 +118,25 @@ double median(std::vector<double> values) {
     return values[values.size() / 2];
 }
 
+/// The times of one turn's keys. The first is not counted: it pays for the change from what was before.
+void takeTurn(Keyboard& keyboard, std::uint8_t key, std::vector<double>& times) {
+    keyboard.tap(key);
+    for (int i = 0; i < keysPerTurn; ++i)
+        times.push_back(keyboard.tap(key));
+}
+
 /// Another program that watches keys, measured in turns with nothing.
 void measureOther(RealDesktop& desktop, Keyboard& keyboard, std::uint8_t key, const QStringList& command) {
-    constexpr int blocks = 8;
-    constexpr int taps = 100;
     if (QStandardPaths::findExecutable(command.first()).isEmpty()) return;
     std::vector<double> without;
     std::vector<double> with;
-    for (int block = 0; block < blocks; ++block) {
-        for (int i = 0; i < taps; ++i)
-            without.push_back(keyboard.tap(key));
+    for (int turn = 0; turn < turns / 5; ++turn) {
+        takeTurn(keyboard, key, without);
         const ChildProcess other({.command = command,
                                   .environment = desktop.environment(),
                                   .outputFile = desktop.file(QStringLiteral("other.log"))});
         std::this_thread::sleep_for(std::chrono::milliseconds(400));
-        for (int i = 0; i < taps; ++i)
-            with.push_back(keyboard.tap(key));
+        takeTurn(keyboard, key, with);
     }
     std::printf("  %-44s %6.0f us  %.2f\n", qPrintable(command.join(u' ')), median(with),
                 median(with) / median(without));
@@ -185,16 +192,15 @@ int main(int argc, char** argv) {
                     {"tap, ordinary key", true, &shortcuts, KeyCode::c, {}},
                     {"tap, panel open, ordinary key", true, &panel, KeyCode::c, {}},
                     {"tap, a key that may be claimed, passed on", true, &panel, KeyCode::space, {}}};
-    for (int round = 0; round < rounds; ++round) {
+    for (int turn = 0; turn < turns; ++turn) {
         for (auto& mode : modes) {
             tap->setClaimable(*mode.claimable);
             tap->setEnabled(mode.on);
-            std::this_thread::sleep_for(std::chrono::milliseconds(2));
-            whileLoopRuns([&] { mode.times.push_back(keyboard.tap(key(mode.key))); });
+            whileLoopRuns([&] { takeTurn(keyboard, key(mode.key), mode.times); });
         }
     }
     const double base = median(modes[0].times);
-    std::printf("key latency, median of %d in turns\n", rounds);
+    std::printf("key latency, median of %d in turns\n", turns * keysPerTurn);
     for (const auto& mode : modes) {
         std::printf("  %-44s %6.0f us  %.2f\n", mode.name, median(mode.times), median(mode.times) / base);
     }

@@ -1,5 +1,6 @@
 #include "desktop/matrix/FieldMatrix.h"
 
+#include "desktop/matrix/MatrixSample.h"
 #include "support/Slowdown.h"
 #include "support/desktop/DesktopTest.h"
 #include "support/desktop/Waiting.h"
@@ -12,8 +13,6 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
-const QString family = u"\U0001F468\u200D\U0001F469\u200D\U0001F467"_s;
-const QString sample = u"ab 中文 "_s + family + u" mid e\u0301 \U0001F600 tail"_s;
 const QString replacement = u"新 \U0001F600 new"_s;
 const QString usersClipboard = u"the user's own \U0001F4CB"_s;
 const QString restoredLine = u"Writeback clipboard restored"_s;
@@ -22,7 +21,6 @@ constexpr double shortSeconds = 0.2;
 constexpr double readSeconds = 3;  // an application tells of its changes when it finds the time
 constexpr double writeSeconds = 5;
 constexpr double undoSeconds = 0.7;  // no change within this is none
-constexpr double paintSeconds = 5;
 constexpr int mostUndoSteps = 4;
 
 std::unique_ptr<MatrixWorld>& world() {
@@ -30,27 +28,8 @@ std::unique_ptr<MatrixWorld>& world() {
     return world;
 }
 
-FieldState passageOf(const QString& passage) {
-    const auto start = sample.indexOf(passage);
-    return {sample, start, start + passage.size()};
-}
-
 QString trimmedContext(const QString& text) {
     return text.trimmed();
-}
-
-/// The smallest rectangle that holds all pixels in which the images differ.
-QRect difference(const QImage& before, const QImage& after) {
-    QRect found;
-    for (int y = 0; y < before.height(); ++y) {
-        const auto* a = reinterpret_cast<const QRgb*>(before.constScanLine(y));
-        const auto* b = reinterpret_cast<const QRgb*>(after.constScanLine(y));
-        if (std::equal(a, a + before.width(), b)) continue;
-        for (int x = 0; x < before.width(); ++x) {
-            if (a[x] != b[x]) found = found.united(QRect(x, y, 1, 1));
-        }
-    }
-    return found;
 }
 
 }  // namespace
@@ -95,6 +74,8 @@ const std::vector<FieldMatrix::Cell>& FieldMatrix::cells() {
         {"readEmpty", &FieldMatrix::readEmpty},
         {"anchorSelection", &FieldMatrix::anchorSelection},
         {"anchorCaret", &FieldMatrix::anchorCaret},
+        {"anchorEnd", &FieldMatrix::anchorEnd},
+        {"anchorLine", &FieldMatrix::anchorLine},
         {"pasteSelection", &FieldMatrix::pasteSelection},
         {"pasteCaret", &FieldMatrix::pasteCaret},
         {"pasteAll", &FieldMatrix::pasteAll},
@@ -312,95 +293,6 @@ QString FieldMatrix::readEmpty() {
     if (read.source == ExternalTextReadResult::Source::none && read.text.isEmpty()) return u"nothing"_s;
     ADD_FAILURE() << "read " << qPrintable(read.text) << " of an empty field";
     return u"wrong"_s;
-}
-
-QRectF FieldMatrix::selectionOnScreen(qsizetype start, qsizetype end) {
-    // Only around the field: tool bars and status lines change, too.
-    QRect area = world().x().geometry(application().window());
-    const QRectF element = elementOnScreen();
-    if (element.isValid()) area &= element.toAlignedRect().adjusted(-30, -30, 30, 30);
-    // What was painted last may still be under way: two pictures alike, or there is something that moves.
-    const auto still = [&] {
-        QImage last = world().x().image(area);
-        waitUntil(paintSeconds, [&] {
-            runEventLoopFor(0.03);
-            const QImage now = world().x().image(area);
-            return std::exchange(last, now) == now;
-        });
-        return last;
-    };
-    field().select(start, start);
-    const QImage before = still();
-    field().select(start, end);
-    QRect changed;
-    waitUntil(paintSeconds, [&] {
-        changed = difference(before, still());
-        return changed.width() > 3;
-    });
-    return changed.isEmpty() ? QRectF() : QRectF(changed.translated(area.topLeft()));
-}
-
-QRectF FieldMatrix::elementOnScreen() {
-    const auto element = focusedElement(text().accessibility, application().process());
-    if (!element) return {};
-    const auto position = readAttribute<QPointF>(text().accessibility, element, AXAttribute::position);
-    const auto size = readAttribute<QSizeF>(text().accessibility, element, AXAttribute::size);
-    return position.value && size.value ? QRectF(*position.value, *size.value) : QRectF();
-}
-
-/// Which way the anchor was found for `state`; `measured` is the passage that it should stand at.
-QString FieldMatrix::anchor(const FieldState& state, const FieldState& measured) {
-    set(measured);
-    const QRectF onScreen = isTerminal() ? QRectF() : selectionOnScreen(measured.start, measured.end);
-    set(state);
-    const TextRange range{state.start, state.end - state.start};
-    waitUntil(readingPatience(), [&] { return text().reader.readFocusedText().selectedRange == range; });
-    const auto anchorRect = text().locator.bestAnchorRect();
-    if (!anchorRect) return u"none"_s;
-    // The anchor's origin is at the bottom left.
-    QRectF found = *anchorRect;
-    found.moveTop(world().x().screen().height_in_pixels - anchorRect->y() - anchorRect->height());
-
-    const QRectF element = elementOnScreen();
-    const QRectF window(world().x().geometry(application().window()));
-    const auto print = [](const QRectF& r) {
-        return u"(%1 %2 %3×%4)"_s.arg(r.x()).arg(r.y()).arg(r.width()).arg(r.height()).toStdString();
-    };
-    SCOPED_TRACE("anchor " + print(found) + " passage " + print(onScreen) + " element " + print(element) +
-                 " window " + print(window));
-    const auto contains = [](const QRectF& outer, const QRectF& inner, double slack) {
-        return outer.adjusted(-slack, -slack, slack, slack).contains(inner);
-    };
-    const bool isElement = element.isValid() && contains(element, found, 1) && contains(found, element, 1);
-    if (isElement) {
-        EXPECT_TRUE(contains(window, found, 2));
-        EXPECT_TRUE(onScreen.isEmpty() || contains(found, onScreen, 4));
-        return u"element"_s;
-    }
-    if (!onScreen.isEmpty() && std::abs(found.left() - onScreen.left()) <= 6 &&
-        std::abs(found.right() - onScreen.right()) <= 8 && found.top() <= onScreen.center().y() &&
-        found.bottom() >= onScreen.center().y() && found.height() < 60) {
-        return u"text"_s;
-    }
-    // The window's estimate stands along its lower edge.
-    if (!element.isValid() && contains(window, found, 8) && found.bottom() > window.bottom() - 40)
-        return u"window"_s;
-    if (isTerminal() && contains(window, found, 2) && found.height() < 60) return u"text"_s;
-    ADD_FAILURE() << "the anchor stands nowhere";
-    return u"wrong"_s;
-}
-
-QString FieldMatrix::anchorSelection() {
-    if (isTerminal()) return u"–"_s;
-    const FieldState passage = passageOf(u"mid"_s);
-    return anchor(passage, passage);
-}
-
-QString FieldMatrix::anchorCaret() {
-    const FieldState passage = passageOf(u"mid"_s);
-    const FieldState caret{sample, passage.start, passage.start};
-    return anchor(isTerminal() ? FieldState{sample, sample.size(), sample.size()} : caret,
-                  {sample, passage.start, passage.start + 1});
 }
 
 void FieldMatrix::expectClipboardBack() {

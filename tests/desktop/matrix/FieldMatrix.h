@@ -55,6 +55,7 @@ protected:
 private:
     enum class Road { paste, direct };
     enum class Place { selection, caret, all };
+    enum class Beside { itself, end, nextLine };  ///< where an anchor stands, of a passage
 
     QString find();
     QString readSelection();
@@ -63,6 +64,8 @@ private:
     QString readEmpty();
     QString anchorSelection();
     QString anchorCaret();
+    QString anchorEnd();
+    QString anchorLine();
     QString pasteSelection() { return write(Road::paste, Place::selection); }
     QString pasteCaret() { return write(Road::paste, Place::caret); }
     QString pasteAll() { return write(Road::paste, Place::all); }
@@ -78,7 +81,7 @@ private:
     QString readTerminalSelection();
     QString write(Road road, Place place);
     QString undone(const FieldState& before);
-    QString anchor(const FieldState& field, const FieldState& measured);
+    QString anchor(const FieldState& field, const FieldState& measured, Beside beside);
     void set(const FieldState& state);
     double readingPatience() const;
     double undoPatience() const;

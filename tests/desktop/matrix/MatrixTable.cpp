@@ -42,7 +42,7 @@ const std::vector<Section>& sections() {
     static const std::vector<Section> all = {
         {u"Reading and locating"_s,
          {u"find"_s, u"readSelection"_s, u"readCaret"_s, u"readLines"_s, u"readEmpty"_s, u"anchorSelection"_s,
-          u"anchorCaret"_s}},
+          u"anchorCaret"_s, u"anchorEnd"_s, u"anchorLine"_s}},
         {u"Writing by paste"_s, {u"pasteSelection"_s, u"pasteCaret"_s, u"pasteAll"_s}},
         {u"Writing by accessibility, where a paste is refused"_s,
          {u"directSelection"_s, u"directCaret"_s, u"directAll"_s}},
@@ -62,6 +62,8 @@ const std::vector<MatrixColumn>& matrixColumns() {
         {u"readEmpty"_s, u"read an empty field"_s},
         {u"anchorSelection"_s, u"anchor of a selection"_s},
         {u"anchorCaret"_s, u"anchor of a caret"_s},
+        {u"anchorEnd"_s, u"anchor of a caret at the end"_s},
+        {u"anchorLine"_s, u"anchor on a new line"_s},
         {u"pasteSelection"_s, u"over a selection"_s},
         {u"pasteCaret"_s, u"at the caret"_s},
         {u"pasteAll"_s, u"the whole field"_s},

@@ -87,6 +87,7 @@ AXResult<TextState> TextAccess::terminalState() {
     TextState state;
     state.offsets = TextOffsets(kept, kept.size(), Toolkit::other);
     state.caret = kept.size();
+    state.origin = end - state.offsets.length();
     if (selectionsReply.number() > 0 && selectionReply.ok()) {
         const TextRange range =
             rows.toUtf16({selectionReply.number(0) - start, selectionReply.number(1) - start});
@@ -102,15 +103,46 @@ AXResult<TextState> TextAccess::terminalState() {
 AXResult<QRectF> TextAccess::bounds(const TextRange& range) {
     const auto facts = readableFacts();
     if (!facts.ok()) return facts.error;
+    const Toolkit toolkit = facts.value.toolkit;
     // GTK 4 knows no rectangles of ranges, and says so with one that is wrong.
-    if (facts.value.toolkit == Toolkit::gtk4) return AXError::failure;
-    const auto state = readTextState(object_, facts.value.toolkit, conversation_);
+    if (toolkit == Toolkit::gtk4) return AXError::failure;
+    const auto state =
+        facts.value.isTerminal() ? terminalState() : readTextState(object_, toolkit, conversation_);
     if (!state.ok()) return state.error;
+    const qint64 length = state.value.text().size();
+    return length > 0 && range.location >= length ? caretAtEnd(state.value, toolkit)
+                                                  : rectangle(state.value, toolkit, range);
+}
+
+/// Most toolkits have no place for what is behind the last character, and that is where people write.
+AXResult<QRectF> TextAccess::caretAtEnd(const TextState& state, Toolkit toolkit) {
+    constexpr double caretWidth = 2;  // what is thinner counts as no place
+    const QString& text = state.text();
+    const qint64 last = text.size() - 1;
+    if (text[last] != u'\n') {
+        const auto before = rectangle(state, toolkit, {last, 1});
+        if (!before.ok()) return before;
+        const QRectF& character = before.value;
+        return QRectF(character.right(), character.y(), caretWidth, character.height());
+    }
+    // A new line begins below the last character of the one before, and as far left. A break itself has a
+    // place in few toolkits.
+    const qint64 lineStart = last == 0 ? 0 : text.lastIndexOf(u'\n', last - 1) + 1;
+    const auto first = rectangle(state, toolkit, {lineStart, 1});
+    if (!first.ok()) return first;
+    const auto end = rectangle(state, toolkit, {std::max(lineStart, last - 1), 1});
+    if (!end.ok()) return end;
+    return QRectF(first.value.left(), end.value.bottom(), caretWidth, end.value.height());
+}
+
+AXResult<QRectF> TextAccess::rectangle(const TextState& state, Toolkit toolkit, const TextRange& range) {
     ObjectAddress holder = object_;
-    OffsetRange asked = state.value.offsets.toToolkit(range);
-    if (!state.value.pieces.empty()) {
-        const qint64 location = std::clamp<qint64>(range.location, 0, state.value.text().size());
-        const TextPiece* piece = state.value.pieceOf({location, 0});
+    OffsetRange asked = state.offsets.toToolkit(range);
+    asked.start += state.origin;
+    asked.end += state.origin;
+    if (!state.pieces.empty()) {
+        const qint64 location = std::clamp<qint64>(range.location, 0, state.text().size());
+        const TextPiece* piece = state.pieceOf({location, 0});
         if (!piece) return AXError::failure;
         holder = piece->object;
         const qint64 length = std::clamp<qint64>(range.length, 0, piece->at + piece->length - location);
@@ -120,7 +152,6 @@ AXResult<QRectF> TextAccess::bounds(const TextRange& range) {
     arguments << screenCoordinates;
     // Browsers lay out a page's text when they are first asked about it. Until then Chromium is empty-handed,
     // and Gecko gives a place outside the field.
-    const Toolkit toolkit = facts.value.toolkit;
     const bool isBrowser = toolkit == Toolkit::chromium || toolkit == Toolkit::gecko;
     const int attempts = isBrowser ? 4 : 1;
     for (int i = 0; i < attempts; ++i) {

@@ -12,6 +12,8 @@ public:
 
     /// The text with its selection, of an object with these facts; `noValue` of a password field.
     AXResult<TextState> state(const ElementFacts& facts);
+    /// The rectangle of a range on the screen; behind the end of the text, where no character is, that of a
+    /// caret there.
     AXResult<QRectF> bounds(const TextRange& range);
 
     /// Each writes and reads back; `cannotComplete` when what was written does not stand there.
@@ -25,6 +27,8 @@ private:
     AXResult<ElementFacts> readableFacts();
     AXResult<TextState> read(const ElementFacts& facts);
     AXResult<TextState> terminalState();
+    AXResult<QRectF> rectangle(const TextState& state, Toolkit toolkit, const TextRange& range);
+    AXResult<QRectF> caretAtEnd(const TextState& state, Toolkit toolkit);
 
     /// Deletes, then inserts. A deletion that was not answered in time may still happen, so the insertion is
     /// sent all the same; only after one that was refused it is not, and the result is false.

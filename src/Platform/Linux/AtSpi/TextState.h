@@ -24,6 +24,7 @@ struct TextState {
     /// are UTF-16 then, and of no use towards the field's own object.
     std::vector<TextPiece> pieces;
     qint64 ownLength = 0;  ///< of the field's own object, in its toolkit's offsets; set with `pieces`
+    qint64 origin = 0;     ///< where the text begins in its object's, in the toolkit's offsets
 
     const QString& text() const { return offsets.text(); }
     /// The selection, or the caret with length 0.

@@ -3,6 +3,7 @@
 #include "Platform/Linux/X11/X11ServerTime.h"
 
 #include <poll.h>
+#include <sched.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
 #include <xcb/xtest.h>
@@ -331,7 +332,14 @@ void X11KeyListener::rawPress(Keycode key, xcb_timestamp_t time) {
     repeats_.pressed(key, when);
     toldKey_ = key;
     toldTime_ = time;
-    questions_.tell(keyEvent(KeyEventType::keyDown, key, modifiers, when));
+    tellOrdinary(keyEvent(KeyEventType::keyDown, key, modifiers, when));
+}
+
+/// The server writes to its listeners first and to the application that is typed into last. What waits for
+/// the processor now is that application, so it goes first.
+void X11KeyListener::tellOrdinary(const KeyEvent& event) {
+    sched_yield();
+    questions_.tell(event);
 }
 
 bool X11KeyListener::isForTheLockScreen(std::uint64_t when) {
@@ -356,7 +364,7 @@ void X11KeyListener::rawRelease(Keycode key, xcb_timestamp_t time) {
         silenced_.reset(key);
         return;
     }
-    questions_.tell(keyEvent(KeyEventType::keyUp, key, modifiers_, monotonicTime(time)));
+    tellOrdinary(keyEvent(KeyEventType::keyUp, key, modifiers_, monotonicTime(time)));
 }
 
 void X11KeyListener::grabbedPress(const DeviceEvent& event) {

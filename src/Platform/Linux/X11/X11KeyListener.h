@@ -59,6 +59,7 @@ private:
     void handleXkb(const xcb_generic_event_t& event);
     void rawPress(Keycode key, xcb_timestamp_t time);
     void rawRelease(Keycode key, xcb_timestamp_t time);
+    void tellOrdinary(const KeyEvent& event);
     void grabbedPress(const DeviceEvent& event);
     void grabbedRelease(const DeviceEvent& event);
     bool isForTheLockScreen(std::uint64_t when);
