@@ -1,4 +1,4 @@
-#include "Foundation/Json.h"
+#include "Foundation/JsonReader.h"
 
 #include <gtest/gtest.h>
 
