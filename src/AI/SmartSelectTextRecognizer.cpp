@@ -1,6 +1,6 @@
 #include "AI/SmartSelectTextRecognizer.h"
 
-#include "Foundation/Json.h"
+#include "Foundation/JsonReader.h"
 #include "Foundation/Text.h"
 
 #include <QList>
@@ -72,7 +72,9 @@ private:
 bool isJSON(const QString& text) {
     const bool isEnclosed =
         (text.startsWith(u'{') && text.endsWith(u'}')) || (text.startsWith(u'[') && text.endsWith(u']'));
-    return isEnclosed && Json::tryParse(text.toUtf8());
+    if (!isEnclosed) return false;
+    const QByteArray utf8 = text.toUtf8();
+    return JsonReader(utf8).passDocument();
 }
 
 bool isURL(const QString& text, const QString& lowercased) {

@@ -234,18 +234,8 @@ bool JsonReader::readUnit(char16_t& into) {
 
 bool JsonReader::readNumber(Json& into) {
     const char* start = at_;
-    pass('-');
-    if (!pass('0') && !passDigits()) return false;
     bool isWholeNumber = true;
-    if (pass('.')) {
-        isWholeNumber = false;
-        if (!passDigits()) return false;
-    }
-    if (pass('e') || pass('E')) {
-        isWholeNumber = false;
-        if (!pass('+')) pass('-');
-        if (!passDigits()) return false;
-    }
+    if (!passNumber(isWholeNumber)) return false;
     std::int64_t whole = 0;
     if (isWholeNumber && std::from_chars(start, at_, whole).ec == std::errc()) {
         into = Json(whole);
@@ -258,11 +248,94 @@ bool JsonReader::readNumber(Json& into) {
 }
 
 bool JsonReader::readWord(QByteArrayView word, Json meaning, Json& into) {
-    if (!QByteArrayView(at_, end_ - at_).startsWith(word)) return false;
-    at_ += word.size();
+    if (!passWord(word)) return false;
     into = std::move(meaning);
     return true;
 }
+
+// MARK: Without values
+
+bool JsonReader::passDocument() {
+    return passValue() && isWhole();
+}
+
+bool JsonReader::passValue() {
+    skipBlanks();
+    const char* start = at_;
+    switch (at_ == end_ ? '\0' : *at_) {
+        case '"':
+            ++at_;
+            return passString();
+        case '{':
+            return passMembers('}');
+        case '[':
+            return passMembers(']');
+        case 't':
+            return passWord("true");
+        case 'f':
+            return passWord("false");
+        case 'n':
+            return passWord("null");
+        default:
+            break;
+    }
+    bool isWholeNumber = true;
+    if (!passNumber(isWholeNumber)) return false;
+    constexpr std::ptrdiff_t surelyFinite = 18;
+    if (isWholeNumber && at_ - start <= surelyFinite) return true;
+    double real = 0;
+    if (std::from_chars(start, at_, real).ec == std::errc()) return std::isfinite(real);
+    return std::isfinite(QString::fromLatin1(start, at_ - start).toDouble());  // too small is 0
+}
+
+/// The inside of an array or an object, by the character that ends it.
+bool JsonReader::passMembers(char end) {
+    ++at_;
+    if (!enter()) return false;
+    if (!skipTo(end)) {
+        do {
+            if (end == '}' && !(skipTo('"') && passString() && skipTo(':'))) return false;
+            if (!passValue()) return false;
+        } while (skipTo(','));
+        if (!skipTo(end)) return false;
+    }
+    --depth_;
+    return true;
+}
+
+/// From behind the opening quote.
+bool JsonReader::passString() {
+    for (;;) {
+        passPlain();
+        if (pass('"')) return true;
+        QChar units[2];
+        QChar* out = units;
+        if (!pass('\\') || at_ == end_ || !readEscape(out)) return false;
+    }
+}
+
+bool JsonReader::passNumber(bool& isWholeNumber) {
+    pass('-');
+    if (!pass('0') && !passDigits()) return false;
+    if (pass('.')) {
+        isWholeNumber = false;
+        if (!passDigits()) return false;
+    }
+    if (pass('e') || pass('E')) {
+        isWholeNumber = false;
+        if (!pass('+')) pass('-');
+        if (!passDigits()) return false;
+    }
+    return true;
+}
+
+bool JsonReader::passWord(QByteArrayView word) {
+    if (!QByteArrayView(at_, end_ - at_).startsWith(word)) return false;
+    at_ += word.size();
+    return true;
+}
+
+// MARK: Steps
 
 bool JsonReader::enter() {
     return ++depth_ <= maximumDepth;

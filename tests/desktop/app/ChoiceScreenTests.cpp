@@ -12,9 +12,16 @@ using namespace ServiceBehaviours;
 class ChoiceOnScreens : public testing::Test {
 protected:
     void begin(const QList<QRect>& monitors, const QRect& window) {
+        makeDesktop(monitors);
+        startProgram();
+        typeInto(Program::mousepad(*desktop_), window);
+    }
+    void makeDesktop(const QList<QRect>& monitors) {
         DesktopOptions options;
         options.monitors = monitors;
         desktop_.emplace(options);
+    }
+    void startProgram() {
         service_.setDefault(success(QStringLiteral("Better.")));
         const QString folder = desktop_->configHome() + QStringLiteral("/Veltrin");
         QDir().mkpath(folder);
@@ -28,7 +35,10 @@ protected:
         ASSERT_TRUE(waitUntil(20, [&] {
             return program_->output().contains("SpaceGestureEngine started successfully");
         })) << program_->output().constData();
-        editor_.emplace(Program::mousepad(*desktop_));
+    }
+    /// Types a word into an editor that is moved there, and taps for the choice.
+    void typeInto(Program editor, const QRect& window) {
+        editor_.emplace(std::move(editor));
         desktop_->x().moveResize(editor_->window(), window);
         AtSpiProbe atspi(*desktop_);
         atspi.waitForField(*editor_);
@@ -69,6 +79,29 @@ TEST_F(ChoiceOnScreens, atTheBottomOfAScreenItKeepsItsMargin) {
     const QRect choice = panel(choiceSize);
     ASSERT_FALSE(choice.isNull()) << program_->output().constData();
     EXPECT_EQ(choice.bottom() + 1, 600 - 12);
+    Typist(*desktop_).chord(QStringLiteral("Escape"));
+}
+
+/// As a display of small pixels is set up: texts are twice as large, and with them everything of ours.
+TEST_F(ChoiceOnScreens, whereEverythingIsTwiceAsLargeItStandsBelowTheCaret) {
+    makeDesktop({QRect(0, 0, 2560, 1600)});
+    XDesktop& x = desktop_->x();
+    const QByteArray resources = "Xft.dpi:\t192\n";
+    xcb_change_property(x.connection(), XCB_PROP_MODE_REPLACE, x.root(), XCB_ATOM_RESOURCE_MANAGER,
+                        XCB_ATOM_STRING, 8, static_cast<quint32>(resources.size()), resources.constData());
+    x.sync();
+    startProgram();
+    typeInto(Program::mousepad(*desktop_), QRect(1100, 300, 1000, 600));
+    const QRect choice = panel(choiceSize * 2);
+    ASSERT_FALSE(choice.isNull()) << program_->output().constData();
+    AtSpiProbe atspi(*desktop_);
+    const ProbedField field = atspi.waitForField(*editor_);
+    const qsizetype end = atspi.text(field).size();
+    const QRect last = atspi.rangeExtents(field, end - 1, end);
+    EXPECT_NEAR(choice.center().x(), last.right(), 12);
+    EXPECT_NEAR(choice.top(), last.bottom() + 10, 6);
+    if (const QString folder = qEnvironmentVariable("VELTRIN_SCREENSHOTS"); !folder.isEmpty())
+        x.screenshot(folder + QStringLiteral("/enlarged.png"));
     Typist(*desktop_).chord(QStringLiteral("Escape"));
 }
 
