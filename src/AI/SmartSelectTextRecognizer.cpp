@@ -135,16 +135,18 @@ std::optional<QString> detectLanguage(const WordsInText& words) {
 struct KindWords {
     const char16_t* title;
     const char16_t* label;
+    const char16_t* englishTitle;
+    const char16_t* englishLabel;
 };
 
 const KindWords& wordsOf(Kind kind) {
-    static constexpr auto all = std::to_array<KindWords>({{u"代码", u"代码解释"},
-                                                          {u"JSON", u"JSON 解析"},
-                                                          {u"链接", u"链接识别"},
-                                                          {u"错误", u"错误分析"},
-                                                          {u"邮件", u"邮件识别"},
-                                                          {u"对话", u"对话识别"},
-                                                          {u"文本", u"文本识别"}});
+    static constexpr auto all = std::to_array<KindWords>({{u"代码", u"代码解释", u"Code", u"Code reader"},
+                                                          {u"JSON", u"JSON 解析", u"JSON", u"JSON reader"},
+                                                          {u"链接", u"链接识别", u"Link", u"Link reader"},
+                                                          {u"错误", u"错误分析", u"Error", u"Error reader"},
+                                                          {u"邮件", u"邮件识别", u"Email", u"Email reader"},
+                                                          {u"对话", u"对话识别", u"Chat", u"Chat reader"},
+                                                          {u"文本", u"文本识别", u"Text", u"Text reader"}});
     static_assert(all.size() == caseCount<Kind>);
     return all[static_cast<std::size_t>(kind)];
 }
@@ -165,13 +167,15 @@ SmartSelectRecognition SmartSelectTextRecognizer::recognize(const QString& text)
     return {Kind::text, std::nullopt, 0.55};
 }
 
-QString SmartSelectRecognition::displayTitle() const {
-    const QString title = QString::fromUtf16(wordsOf(kind).title);
+QString SmartSelectRecognition::displayTitle(bool usesEnglish) const {
+    const KindWords& words = wordsOf(kind);
+    const QString title = QString::fromUtf16(usesEnglish ? words.englishTitle : words.title);
     return kind == Kind::code && language ? title + u" · "_s + *language : title;
 }
 
-QString SmartSelectRecognition::label() const {
-    return QString::fromUtf16(wordsOf(kind).label);
+QString SmartSelectRecognition::label(bool usesEnglish) const {
+    const KindWords& words = wordsOf(kind);
+    return QString::fromUtf16(usesEnglish ? words.englishLabel : words.label);
 }
 
 }  // namespace veltrin

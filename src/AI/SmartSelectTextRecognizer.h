@@ -19,9 +19,9 @@ struct SmartSelectRecognition {
     double confidence = 0;
 
     /// The kind's word, with the language of code: "代码 · Swift".
-    QString displayTitle() const;
+    QString displayTitle(bool usesEnglish = false) const;
     /// What the popup calls it once it was recognised.
-    QString label() const;
+    QString label(bool usesEnglish = false) const;
 };
 template <>
 inline constexpr auto rawValuesOf<SmartSelectRecognition::Kind> =

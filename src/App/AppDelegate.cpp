@@ -52,6 +52,9 @@ AppDelegate::AppDelegate(const Desktop& desktop, const Shared& shared)
       optimize_({desktop.runLoop, engine_, debugPanel_, locator_, shared.data.memoryActions, shared.agents,
                  shared.settings, chosen_, shared.sounds}),
       activeInteraction_(optimize_),
+      smartSelectOverlay_({desktop.runLoop, desktop.floatingPanels, desktop.screens, desktop.pasteboard,
+                           shared.agents, shared.settings, shared.sounds, shared.data.history,
+                           shared.data.prompts, expressions_}),
       gates_(shared.settings, appPolicy_),
       authLinks_(desktop.preferences, [this] { showMainWindow(); }),
       quitShortcut_(desktop.keyEventTaps, desktop.runLoop, desktop.processControl) {

@@ -7,6 +7,7 @@
 #include "App/ExternalActionHandler.h"
 #include "App/OptimizeInteraction.h"
 #include "App/QuitShortcut.h"
+#include "App/SmartSelectOverlay.h"
 #include "App/TriggerGates.h"
 #include "Debug/MVPDebugPanel.h"
 #include "Engines/ExpressionRunner.h"
@@ -80,6 +81,7 @@ public:
     /// The interactions that come before the choice in the path of a key attach themselves here.
     ActiveInteraction& activeInteraction() { return activeInteraction_; }
     OptimizeInteraction& optimizeInteraction() { return optimize_; }
+    SmartSelectOverlay& smartSelectOverlay() { return smartSelectOverlay_; }
 
 private:
     void setupNotificationObservers();
@@ -113,6 +115,7 @@ private:
     ChosenAction chosen_;
     OptimizeInteraction optimize_;
     ActiveInteraction activeInteraction_;
+    SmartSelectOverlay smartSelectOverlay_;
     TriggerGates gates_;
     AuthLinks authLinks_;
     QuitShortcut quitShortcut_;

@@ -9,14 +9,14 @@ namespace veltrin {
 
 namespace {
 
-QCoro::Task<ExpressionResult> carryOut(OllamaClient client, ExpressionRequest request) {
+QCoro::Task<ExpressionResult> carryOut(OllamaClient client, ExpressionRequest request, QString source) {
     ExpressionResult result;
     result.plan = ExpressionIntentEngine::plan(request);
     result.sourceText = result.plan.context.text;
     switch (result.plan.decision) {
         case ExpressionDecision::proceed: {
-            const TransformEngine engine = TransformEngineRuntime::engine(
-                client, QStringLiteral("external-") + rawValue(result.plan.trigger));
+            if (source.isEmpty()) source = QStringLiteral("external-") + rawValue(result.plan.trigger);
+            const TransformEngine engine = TransformEngineRuntime::engine(client, source);
             std::optional<AgentSpec> agent;
             if (result.plan.mode) agent = result.plan.mode->agentSpec;
             auto transform = engine.run(result.plan.context, result.plan.actionSpec, agent);
@@ -37,8 +37,9 @@ QCoro::Task<ExpressionResult> carryOut(OllamaClient client, ExpressionRequest re
 
 }  // namespace
 
-QCoro::Task<ExpressionResult> ExpressionRunner::runExpression(ExpressionRequest request) const {
-    return carryOut(client_, std::move(request));
+QCoro::Task<ExpressionResult> ExpressionRunner::runExpression(ExpressionRequest request,
+                                                              QString source) const {
+    return carryOut(client_, std::move(request), std::move(source));
 }
 
 }  // namespace veltrin

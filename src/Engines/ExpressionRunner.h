@@ -11,9 +11,9 @@ class ExpressionRunner {
 public:
     explicit ExpressionRunner(const OllamaClient& client) : client_(client) {}
 
-    /// The output is trimmed. Throws ExpressionIntentEngineError, TransformEngineError and what the client
-    /// throws.
-    QCoro::Task<ExpressionResult> runExpression(ExpressionRequest request) const;
+    /// The output is trimmed. `source` is the label of the run in the logs; empty means "external-" and the
+    /// trigger. Throws ExpressionIntentEngineError, TransformEngineError and what the client throws.
+    QCoro::Task<ExpressionResult> runExpression(ExpressionRequest request, QString source = {}) const;
 
 private:
     OllamaClient client_;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QPointF>
+#include <QRectF>
 #include <QSizeF>
 #include <QString>
 
@@ -11,7 +12,7 @@
 namespace veltrin {
 
 /// What a floating panel shows.
-enum class PanelKind { text, statusPill, choice };
+enum class PanelKind { text, statusPill, choice, selectionIcon, selectionPopup };
 
 /// How what a message tells went; it colours the message's mark.
 enum class PanelTone { plain, success, failure };
@@ -36,6 +37,35 @@ struct ChoiceContent {
     friend bool operator==(const ChoiceContent&, const ChoiceContent&) = default;
 };
 
+/// What the popup over a selection shows. Its texts come from anywhere; the long ones are cut already.
+struct SelectionContent {
+    enum class Stage { offer, thinking, result, failure };
+
+    Stage stage = Stage::offer;
+    QString title;
+    QString subtitle;
+    PanelTone tone = PanelTone::plain;  ///< of the subtitle
+    QString recognizerName;             ///< what the text was recognised as, or that it is being looked at
+    QString agentName;                  ///< the user's agent; empty when there is none
+    QString agentSymbol;                ///< as a choice row's
+    QString agentColorHex;
+    QString text;  ///< the beginning of the selection, or of the result
+    QString failureTitle;
+    QString failureDetail;
+    QString failureSuggestion;
+    friend bool operator==(const SelectionContent&, const SelectionContent&) = default;
+};
+
+/// What the user does with the icon beside a selection (`open`) or with the popup over it.
+enum class PanelAction { open, save, reply, organize, retry, copyOriginal, close };
+
+/// The left mouse button on a panel.
+struct PanelMouse {
+    enum class Kind { down, dragged };
+    Kind kind = Kind::down;
+    QPointF location;  ///< of the pointer, in the windowing layer's coordinates
+};
+
 struct PanelSpec {
     PanelKind kind = PanelKind::text;
     QSizeF size;
@@ -44,6 +74,9 @@ struct PanelSpec {
     ChoiceContent choice{};                        ///< of a choice only
     std::function<void(int slot)> onSelectSlot{};  ///< a row was clicked; the panel may be destroyed in it
     PanelTone tone = PanelTone::plain;             ///< of a message only
+    SelectionContent selection{};                  ///< of the popup over a selection only
+    /// Of the icon and the popup: the panel may be sent away in it, but not destroyed.
+    std::function<void(PanelAction)> onAction{};
 };
 
 /// A panel that floats above every window on every desktop and never takes the keyboard focus. Coordinates
@@ -57,6 +90,13 @@ public:
     virtual void setFrameOrigin(QPointF origin) = 0;
     /// The platform's own idea of the middle, for when no screen is known.
     virtual void center() = 0;
+    /// Where the panel stands now, which is not where it was put when its screen has gone since.
+    virtual QRectF frame() const = 0;
+    /// What the popup over a selection shows from now on.
+    virtual void setSelection(const SelectionContent& content) = 0;
+    /// Tells of the mouse on this panel from now on; without a function no more. What is told happens to the
+    /// panel's own parts all the same.
+    virtual void setMouseMonitor(std::function<void(const PanelMouse&)> monitor) = 0;
     /// Shows the panel: from transparent and scaled by `scale` to full in `duration` seconds.
     virtual void animateIn(double scale, double duration) = 0;
     /// Fades the panel out, then calls `completion`; the panel may be destroyed in it.

@@ -9,9 +9,9 @@ Window {
     required property var symbols
     required property ShortcutCaptureModel shortcut
 
-    width: 1360
-    height: Math.ceil(page.height) + 2 * 32
-    minimumWidth: 1360
+    width: 1440
+    height: Math.ceil(page.height + selections.height) + 28 + 2 * 32
+    minimumWidth: 1440
     title: L.t("Veltrin 设计元素", "Veltrin design elements")
     color: VtTheme.window.surface
 
@@ -47,10 +47,10 @@ Window {
         id: page
         x: 32
         y: 32
-        spacing: 40
+        spacing: 80
 
         Column {
-            width: 540
+            width: 580
             spacing: 28
 
             Column {
@@ -228,6 +228,21 @@ Window {
                         }
                     }
                 }
+            }
+        }
+    }
+    Section {
+        id: selections
+        anchors { left: page.left; top: page.bottom; topMargin: 28 }
+        width: parent.width - 2 * 32
+        name: L.t("选中文字", "Selections")
+
+        Repeater {
+            model: [PopupTheme.light, PopupTheme.invertedBlack]
+
+            GallerySelections {
+                required property VtPalette modelData
+                theme: modelData
             }
         }
     }

@@ -2,9 +2,9 @@
 
 #include "UI/Overlays/XDisplay.h"
 
+#include <QMouseEvent>
 #include <QPainterPath>
 #include <QQuickItem>
-#include <QRegion>
 #include <QScreen>
 
 #include <xcb/shape.h>
@@ -15,14 +15,9 @@
 namespace veltrin {
 namespace {
 
-constexpr int cornerRadius = 16;  // VtTheme.radiusPopup
 constexpr int roomOfShadow = 24;
-
-QRegion roundedRegion(QSize size) {
-    QPainterPath path;
-    path.addRoundedRect(QRectF(QPointF(0, 0), size), cornerRadius, cornerRadius);
-    return QRegion(path.toFillPolygon().toPolygon());
-}
+/// Pixels that the pointer may stray from where it went down before a click is a drag.
+constexpr double clickSlack = 4;
 
 }  // namespace
 
@@ -49,6 +44,8 @@ OverlayWindow::OverlayWindow(QQuickItem* card, QSize size, bool takesMouseEvents
     card_->setSize(size);
     if (card_->metaObject()->indexOfSignal("slotChosen(int)") >= 0)
         connect(card_, SIGNAL(slotChosen(int)), this, SIGNAL(slotChosen(int)));
+    if (card_->metaObject()->indexOfSignal("acted(int)") >= 0)
+        connect(card_, SIGNAL(acted(int)), this, SIGNAL(acted(int)));
 
     motion_.setEasingCurve(QEasingCurve::OutCubic);
     connect(&motion_, &QVariantAnimation::valueChanged, this, [this](const QVariant& value) {
@@ -91,13 +88,53 @@ void OverlayWindow::place() {
     setPosition(corner + (native - corner) / devicePixelRatio());
 }
 
+/// The opposite of what `place` does.
+QPointF OverlayWindow::native(QPointF position) const {
+    const QPointF corner = screen() != nullptr ? screen()->geometry().topLeft() : QPoint();
+    return corner + (position - corner) * devicePixelRatio();
+}
+
+QRegion OverlayWindow::shape() const {
+    const double radius = card_->property("cornerRadius").toDouble();
+    QPainterPath path;
+    path.addRoundedRect(QRectF(QPointF(0, 0), cardSize_), radius, radius);
+    return QRegion(path.toFillPolygon().toPolygon());
+}
+
+// MARK: Mouse
+
+bool OverlayWindow::event(QEvent* event) {
+    if (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseMove)
+        tellOfMouse(*static_cast<const QMouseEvent*>(event));
+    const bool isRelease = event->type() == QEvent::MouseButtonRelease;
+    const bool result = QQuickWindow::event(event);
+    // Only now: what was released at the end of a drag was no click.
+    if (isRelease) card_->setProperty("dragged", false);
+    return result;
+}
+
+void OverlayWindow::tellOfMouse(const QMouseEvent& event) {
+    const QPointF position = native(event.globalPosition());
+    if (event.type() == QEvent::MouseMove) {
+        if (!event.buttons().testFlag(Qt::LeftButton)) return;
+        const QPointF way = position - mouseDown_;
+        if (std::hypot(way.x(), way.y()) > clickSlack) card_->setProperty("dragged", true);
+        Q_EMIT mouseDragged(position);
+    } else if (event.button() == Qt::LeftButton) {
+        mouseDown_ = position;
+        Q_EMIT mouseDown(position);
+    }
+}
+
+// MARK: The desktop's kinds
+
 void OverlayWindow::adaptToCompositor() {
     blended_ = isCompositorRunning();
     card_->setProperty("translucent", blended_);
     // Where nothing blends, the card's smooth corners must not fade into black.
     setColor(blended_ ? QColor(Qt::transparent) : card_->property("surfaceColor").value<QColor>());
     applyShadowRoom(blended_ ? roomOfShadow : 0);
-    setMask(blended_ ? QRegion() : roundedRegion(cardSize_));
+    setMask(blended_ ? QRegion() : shape());
     shapeInput();
 }
 

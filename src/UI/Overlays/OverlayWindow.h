@@ -2,11 +2,13 @@
 
 #include <QPointer>
 #include <QQuickWindow>
+#include <QRegion>
 #include <QVariantAnimation>
 #include <QVariantMap>
 
 #include <functional>
 
+class QMouseEvent;
 class QQuickItem;
 
 namespace veltrin {
@@ -40,6 +42,15 @@ public:
 Q_SIGNALS:
     /// A row of the card was clicked.
     void slotChosen(int slot);
+    /// What the card's buttons do, by the number of its action.
+    void acted(int action);
+    /// The left button went down at this place, or the pointer is there with the button down; in the
+    /// display's own pixels. The card hears of it afterwards.
+    void mouseDown(QPointF position);
+    void mouseDragged(QPointF position);
+
+protected:
+    bool event(QEvent* event) override;
 
 private:
     /// Fits the window to the desktop, which may have begun or ceased to blend windows.
@@ -47,6 +58,9 @@ private:
     void applyShadowRoom(int room);
     void shapeInput();
     void place();
+    QRegion shape() const;
+    QPointF native(QPointF position) const;
+    void tellOfMouse(const QMouseEvent& event);
 
     QQuickItem* card_;
     bool takesMouseEvents_;
@@ -56,6 +70,7 @@ private:
     bool blended_ = false;
     QVariantAnimation motion_;  ///< of opacity and scale together
     double fromScale_ = 1;
+    QPointF mouseDown_;
     std::function<void()> completion_;
 };
 

@@ -8,6 +8,7 @@ Item {
     property string text
     property bool translucent: true
     property int shadowRoom: 0
+    property int cornerRadius: VtTheme.radiusPopup
     property VtPalette theme: PopupTheme.current
     readonly property color surfaceColor: background.ground
     default property alias content: inside.data
@@ -22,6 +23,7 @@ Item {
         theme: card.theme
         translucent: card.translucent
         shadowRoom: card.shadowRoom
+        radius: card.cornerRadius
     }
     Item {
         id: inside

@@ -25,6 +25,7 @@ struct QuickFloatingPanels::Kept {
     bool isTaken = false;
     bool waitsForFrame = false;
     QMetaObject::Connection selection;
+    QMetaObject::Connection action;
     std::unique_ptr<OverlayWindow> window;
 };
 
@@ -41,6 +42,10 @@ QString cardOf(PanelKind kind) {
             return QStringLiteral("StatusPill");
         case PanelKind::choice:
             return QStringLiteral("OptimizeChoiceBubble");
+        case PanelKind::selectionIcon:
+            return QStringLiteral("SmartSelectIcon");
+        case PanelKind::selectionPopup:
+            return QStringLiteral("SmartSelectPopup");
     }
     return {};
 }
@@ -58,15 +63,36 @@ QVariantList rowsOf(const std::vector<ChoiceRow>& rows) {
     return list;
 }
 
+/// The elements count stages, tones and actions in the same order.
+QVariantMap propertiesOf(const SelectionContent& content) {
+    return {{QStringLiteral("title"), content.title},
+            {QStringLiteral("subtitle"), content.subtitle},
+            {QStringLiteral("tone"), static_cast<int>(content.tone)},
+            {QStringLiteral("recognizerName"), content.recognizerName},
+            {QStringLiteral("agentName"), content.agentName},
+            {QStringLiteral("agentSymbol"), content.agentSymbol},
+            {QStringLiteral("agentColorHex"), content.agentColorHex},
+            {QStringLiteral("body"), content.text},
+            {QStringLiteral("failureTitle"), content.failureTitle},
+            {QStringLiteral("failureDetail"), content.failureDetail},
+            {QStringLiteral("failureSuggestion"), content.failureSuggestion},
+            {QStringLiteral("stage"), static_cast<int>(content.stage)}};
+}
+
 QVariantMap propertiesOf(const PanelSpec& spec) {
+    if (spec.kind == PanelKind::selectionPopup) return propertiesOf(spec.selection);
     QVariantMap properties{{QStringLiteral("text"), spec.text}};
-    // The elements count their tones in the same order.
     if (spec.kind == PanelKind::text) properties.insert(QStringLiteral("tone"), static_cast<int>(spec.tone));
     if (spec.kind != PanelKind::choice) return properties;
     properties.insert(QStringLiteral("agents"), rowsOf(spec.choice.agents));
     properties.insert(QStringLiteral("presets"), rowsOf(spec.choice.presets));
     properties.insert(QStringLiteral("presetMark"), spec.choice.presetMark);
     return properties;
+}
+
+/// A rectangle from the top of a desktop as one from its bottom.
+QRectF turned(const QRect& card, double height) {
+    return QRectF(card.x(), height - card.y() - card.height(), card.width(), card.height());
 }
 
 /// The height of the desktop, which turns a distance from its bottom into one from its top.
@@ -82,6 +108,18 @@ double desktopHeight(const Screens& screens) {
     return top;
 }
 
+SelectionContent sampleSelection() {
+    SelectionContent content;
+    content.title = QStringLiteral("已选中");
+    content.subtitle = QStringLiteral("文本 · 0123456789 字");
+    content.recognizerName = QStringLiteral("文本识别");
+    content.agentName = QStringLiteral("Agent");
+    content.agentSymbol = QStringLiteral("sparkles");
+    content.agentColorHex = QStringLiteral("#FFE066");
+    content.text = QStringLiteral("Veltrin 文字");
+    return content;
+}
+
 /// What the first choice will look like, for the fonts' sake.
 PanelSpec sampleOf(PanelKind kind) {
     PanelSpec spec;
@@ -94,6 +132,15 @@ PanelSpec sampleOf(PanelKind kind) {
         case PanelKind::statusPill:
             spec.size = {72, 40};
             spec.text = QStringLiteral("正在优化");
+            return spec;
+        case PanelKind::selectionIcon:
+            spec.size = {58, 58};
+            spec.takesMouseEvents = true;
+            return spec;
+        case PanelKind::selectionPopup:
+            spec.size = {300, 244};
+            spec.takesMouseEvents = true;
+            spec.selection = sampleSelection();
             return spec;
         case PanelKind::choice:
             break;
@@ -120,6 +167,7 @@ class QuickFloatingPanels::Panel final : public FloatingPanel {
 public:
     Panel(QuickFloatingPanels& panels, OverlayWindow& window) : panels_(&panels), window_(&window) {}
     ~Panel() override {
+        setMouseMonitor(nullptr);
         if (panels_ && window_) panels_->giveBack(window_);
     }
 
@@ -128,6 +176,26 @@ public:
         const double height = window_->cardGeometry().height();
         window_->setCardPosition(
             QPointF(origin.x(), desktopHeight(panels_->screens_) - origin.y() - height).toPoint());
+    }
+    QRectF frame() const override {
+        if (!window_ || !panels_) return {};
+        return turned(window_->cardGeometry(), desktopHeight(panels_->screens_));
+    }
+    void setSelection(const SelectionContent& content) override {
+        if (window_) window_->setContent(propertiesOf(content));
+    }
+    void setMouseMonitor(std::function<void(const PanelMouse&)> monitor) override {
+        QObject::disconnect(mouseDown_);
+        QObject::disconnect(mouseDragged_);
+        if (!monitor || !window_) return;
+        const auto tell = [this, monitor = std::move(monitor)](PanelMouse::Kind kind, QPointF at) {
+            if (panels_) monitor({kind, QPointF(at.x(), desktopHeight(panels_->screens_) - at.y())});
+        };
+        using Kind = PanelMouse::Kind;
+        mouseDown_ = QObject::connect(window_, &OverlayWindow::mouseDown,
+                                      [tell](QPointF at) { tell(Kind::down, at); });
+        mouseDragged_ = QObject::connect(window_, &OverlayWindow::mouseDragged,
+                                         [tell](QPointF at) { tell(Kind::dragged, at); });
     }
     void center() override {
         const QScreen* screen = QGuiApplication::primaryScreen();
@@ -146,6 +214,8 @@ public:
 private:
     QPointer<QuickFloatingPanels> panels_;
     QPointer<OverlayWindow> window_;
+    QMetaObject::Connection mouseDown_;
+    QMetaObject::Connection mouseDragged_;
 };
 
 QuickFloatingPanels::QuickFloatingPanels(Screens& screens, VtLook& look)
@@ -201,6 +271,10 @@ OverlayWindow* QuickFloatingPanels::take(const PanelSpec& spec) {
     disconnect(kept.selection);
     if (spec.onSelectSlot)
         kept.selection = connect(kept.window.get(), &OverlayWindow::slotChosen, this, spec.onSelectSlot);
+    disconnect(kept.action);
+    if (spec.onAction)
+        kept.action = connect(kept.window.get(), &OverlayWindow::acted, this,
+                              [act = spec.onAction](int action) { act(static_cast<PanelAction>(action)); });
     return kept.window.get();
 }
 
@@ -218,11 +292,13 @@ void QuickFloatingPanels::giveBack(OverlayWindow* window) {
         if (kept->window.get() != window) continue;
         kept->isTaken = false;
         disconnect(kept->selection);
+        disconnect(kept->action);
     }
 }
 
 void QuickFloatingPanels::prepare() {
-    for (const PanelKind kind : {PanelKind::choice, PanelKind::statusPill, PanelKind::text}) {
+    for (const PanelKind kind : {PanelKind::choice, PanelKind::statusPill, PanelKind::text,
+                                 PanelKind::selectionIcon, PanelKind::selectionPopup}) {
         QTimer::singleShot(0, this, [this, kind] {
             const bool exists = std::any_of(windows_.begin(), windows_.end(),
                                             [kind](const auto& kept) { return kept->kind == kind; });
@@ -242,19 +318,19 @@ void QuickFloatingPanels::keepOnScreens() {
     const double height = desktopHeight(screens_);
     for (OverlayWindow* window : stack_->shown()) {
         const QRect card = window->cardGeometry();
-        const QRectF turned(card.x(), height - card.y() - card.height(), card.width(), card.height());
+        const QRectF place = turned(card, height);
         const bool stands = std::any_of(screens.begin(), screens.end(), [&](const Screen& screen) {
-            return screen.frame.contains(turned.center());
+            return screen.frame.contains(place.center());
         });
         if (stands) continue;
         const QRectF visible = screens.front().visibleFrame;
         const double x =
             std::max(ScreenRect::minX(visible) + screenMargin,
-                     std::min(turned.x(), ScreenRect::maxX(visible) - turned.width() - screenMargin));
+                     std::min(place.x(), ScreenRect::maxX(visible) - place.width() - screenMargin));
         const double y =
             std::max(ScreenRect::minY(visible) + screenMargin,
-                     std::min(turned.y(), ScreenRect::maxY(visible) - turned.height() - screenMargin));
-        window->setCardPosition(QPointF(x, height - y - turned.height()).toPoint());
+                     std::min(place.y(), ScreenRect::maxY(visible) - place.height() - screenMargin));
+        window->setCardPosition(QPointF(x, height - y - place.height()).toPoint());
         flushWindows();
     }
 }

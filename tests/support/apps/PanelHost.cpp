@@ -3,15 +3,22 @@
 // Each line on standard input is a command, each answered by a line on standard output when its panel's first
 // picture is on the screen or its work is done: "ok" with what is asked for, or "bad".
 //
-//   text TEXT | failure TEXT | pill X Y W H | pill | choice X Y W H | choice     show (rectangles from the
-//   bottom left);
-//                                                     the answer has the milliseconds to the first picture
-//   move X Y W H | dismiss | dismissOverlay           as the panel object's operations
-//   toggle N                                          shows and dismisses the choice N times, without fading
-//   out prepare                                           makes the windows ahead dark | light | still the
-//   look windows | selected | memory | cpu | screens       number of windows kept; rows clicked so far;
-//   resident KiB;
-//                                                     processor milliseconds; screens that are there
+//   text TEXT | failure TEXT | pill X Y W H | pill | choice X Y W H | choice
+//       show (rectangles from the bottom left); the answer has the milliseconds to the first picture
+//   icon X Y TEXT
+//       the same of the icon beside a selection
+//   move X Y W H | dismiss | dismissOverlay | dismissIcon | dismissPopup
+//       as the operations of the panel object and of the selections' overlay
+//   toggle N | rounds N
+//       shows and dismisses the choice, or icon and popup, N times without fading out
+//   prepare | dark | light | english | still
+//       makes the windows ahead; the look
+//   windows | selected | memory | cpu | screens
+//       windows kept; rows clicked so far; resident KiB; processor milliseconds; screens that are there
+//   iconFrame | popupFrame | shown | saved | clipboard
+//       "x y w h" or nothing; what the popup shows and the newest prompt (see SelectionHost)
+//   model TEXT | model | hold | release
+//       what the model says next (nothing: it fails), and when
 #include "Debug/MVPDebugPanel.h"
 #include "Foundation/MVPLog.h"
 #include "Platform/Linux/FilePreferences.h"
@@ -21,6 +28,7 @@
 #include "Platform/Linux/X11/X11Screens.h"
 #include "UI/Design/VtLook.h"
 #include "UI/Overlays/QuickFloatingPanels.h"
+#include "support/apps/SelectionHost.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -75,8 +83,13 @@ private:
         if (command == u"pill")
             return panel_.showStatusPill(QStringLiteral("正在优化"), rectangle(rest), std::nullopt);
         if (command == u"choice") return showChoice(rectangle(rest));
+        if (command == u"icon") {
+            const QPointF point(rest.section(u' ', 0, 0).toDouble(), rest.section(u' ', 1, 1).toDouble());
+            return selection_.overlay().showIcon(point, rest.section(u' ', 2).replace(u'|', u'\n'));
+        }
         waitsForFrame_ = false;
         if (command == u"toggle") return toggle(rest.toInt());
+        if (command == u"rounds") return playRounds(rest.toInt());
         if (command == u"prepare") return prepare();
         answer(done(command, rest));
     }
@@ -104,8 +117,63 @@ private:
         else if (command == u"screens")
             return QByteArray::number(static_cast<int>(screens_.screens().size()));
         else
+            return doneWithSelection(command, rest);
+        return {};
+    }
+    QByteArray doneWithSelection(const QString& command, const QString& rest) {
+        SmartSelectOverlay& overlay = selection_.overlay();
+        if (command == u"iconFrame")
+            return text(overlay.iconFrame());
+        else if (command == u"popupFrame")
+            return text(overlay.popupFrame());
+        else if (command == u"shown")
+            return selection_.shown();
+        else if (command == u"saved")
+            return selection_.saved();
+        else if (command == u"clipboard")
+            return pasteboard_.string().text.toUtf8();
+        else if (command == u"model")
+            selection_.modelSays(rest);
+        else if (command == u"hold")
+            selection_.hold();
+        else if (command == u"release")
+            selection_.release();
+        else if (command == u"dismissIcon")
+            overlay.dismissIcon();
+        else if (command == u"dismissPopup")
+            overlay.dismissPopup();
+        else if (command == u"english")
+            speakEnglish();
+        else
             return "bad";
         return {};
+    }
+    void speakEnglish() {
+        look_.setEnglish(true);
+        selection_.settings().interfaceLanguage.set(AppLanguage::english);
+    }
+    static QByteArray text(const std::optional<QRectF>& frame) {
+        if (!frame) return {};
+        return QStringLiteral("%1 %2 %3 %4")
+            .arg(frame->x())
+            .arg(frame->y())
+            .arg(frame->width())
+            .arg(frame->height())
+            .toUtf8();
+    }
+
+    void playRounds(int left) {
+        if (left <= 0) return answer(QByteArray::number(floating_.windowCount()));
+        roundsLeft_ = left;
+        selection_.overlay().showIcon(QPointF(200 + left % 400, 400), QStringLiteral("第 %1 段").arg(left));
+    }
+    /// A picture of the icon is followed by the popup, one of the popup by the next round.
+    void nextOfRounds() {
+        SmartSelectOverlay& overlay = selection_.overlay();
+        if (overlay.iconFrame()) return overlay.showPopup();
+        const int left = std::exchange(roundsLeft_, 0) - 1;
+        overlay.dismissPopup();
+        playRounds(left);
     }
 
     void showChoice(std::optional<QRectF> anchor) {
@@ -121,6 +189,7 @@ private:
     void frameShown() {
         if (std::exchange(waitsForFrame_, false))
             return answer(QByteArray::number(clock_.nsecsElapsed() / 1e6, 'f', 2));
+        if (roundsLeft_ > 0) return QTimer::singleShot(0, this, [this] { nextOfRounds(); });
         if (left_ == 0) return;
         const int left = std::exchange(left_, 0) - 1;
         // What replaces the choice takes its window at once; a pill is the other half of the toggling.
@@ -134,7 +203,7 @@ private:
         floating_.prepare();
         auto* timer = new QTimer(this);
         connect(timer, &QTimer::timeout, this, [this, timer] {
-            if (floating_.windowCount() < 3) return;
+            if (floating_.windowCount() < kindsOfPanels) return;
             timer->deleteLater();
             timer->stop();
             QTimer::singleShot(50, this, [this] { answer({}); });
@@ -198,11 +267,14 @@ private:
         std::fflush(stdout);
     }
 
+    static constexpr int kindsOfPanels = 5;
+
     QSocketNotifier notifier_;
     QByteArray pending_;
     QElapsedTimer clock_;
     bool waitsForFrame_ = false;
     int left_ = 0;
+    int roundsLeft_ = 0;
     QByteArray selected_;
 
     QTemporaryDir folder_;
@@ -214,6 +286,7 @@ private:
     VtLook look_{nullptr};
     QuickFloatingPanels floating_{screens_, look_};
     MVPDebugPanel panel_{runLoop_, floating_, screens_, pasteboard_, preferences_};
+    SelectionHost selection_{runLoop_, floating_, screens_, pasteboard_, preferences_, folder_.path()};
 };
 
 }  // namespace

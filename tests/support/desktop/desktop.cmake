@@ -22,7 +22,7 @@ qt_add_resources(veltrin_quick_editor veltrin_quick_editor_qml PREFIX / BASE ${V
     FILES ${VELTRIN_TEST_APPS}/QuickEditor.qml)
 
 # The floating panels alone, for tests of their windows.
-add_executable(veltrin_panel_host ${VELTRIN_TEST_APPS}/PanelHost.cpp)
-target_link_libraries(veltrin_panel_host PRIVATE veltrin_core veltrin_linux veltrin_ui)
+add_executable(veltrin_panel_host ${VELTRIN_TEST_APPS}/PanelHost.cpp ${VELTRIN_TEST_APPS}/SelectionHost.cpp)
+target_link_libraries(veltrin_panel_host PRIVATE veltrin_fake_desktop veltrin_linux veltrin_ui)
 
 target_link_libraries(veltrin_test_support PRIVATE PkgConfig::VELTRIN_TYPIST)

@@ -12,6 +12,7 @@ public:
         : loop_(loop), log_(log), record_(std::move(record)), fadeDuration_(fadeDuration) {}
     ~FakeFloatingPanel() override {
         record_->closed = true;
+        record_->mouseMonitor = nullptr;
         log_.add(loop_.now(), "panel closed", record_->spec.text);
     }
 
@@ -23,6 +24,11 @@ public:
     void center() override {
         record_->origin.reset();
         record_->centered = true;
+    }
+    QRectF frame() const override { return record_->frame(); }
+    void setSelection(const SelectionContent& content) override { record_->spec.selection = content; }
+    void setMouseMonitor(std::function<void(const PanelMouse&)> monitor) override {
+        record_->mouseMonitor = std::move(monitor);
     }
     void animateIn(double scale, double duration) override {
         record_->animatedScale = scale;
@@ -65,10 +71,8 @@ std::vector<const FakeFloatingPanels::Record*> FakeFloatingPanels::shown() const
 }
 
 std::optional<QString> FakeFloatingPanels::shownText(PanelKind kind) const {
-    const auto found = std::find_if(records.rbegin(), records.rend(), [kind](const auto& record) {
-        return record->isShown() && record->spec.kind == kind;
-    });
-    return found == records.rend() ? std::nullopt : std::optional<QString>((*found)->spec.text);
+    const Record* found = shownPanel(kind);
+    return found == nullptr ? std::nullopt : std::optional<QString>(found->spec.text);
 }
 
 bool FakeFloatingPanels::clickRow(int slot) {
@@ -84,6 +88,33 @@ bool FakeFloatingPanels::clickRow(int slot) {
         !(has(spec.choice.agents) || has(spec.choice.presets)))
         return false;
     spec.onSelectSlot(slot);
+    return true;
+}
+
+const FakeFloatingPanels::Record* FakeFloatingPanels::shownPanel(PanelKind kind) const {
+    const auto found = std::find_if(records.rbegin(), records.rend(), [kind](const auto& record) {
+        return record->isShown() && record->spec.kind == kind;
+    });
+    return found == records.rend() ? nullptr : found->get();
+}
+
+bool FakeFloatingPanels::act(PanelKind kind, PanelAction action) {
+    const Record* record = shownPanel(kind);
+    if (record == nullptr || !record->spec.takesMouseEvents || !record->spec.onAction) return false;
+    const auto onAction = record->spec.onAction;  // the record may be forgotten in it
+    onAction(action);
+    return true;
+}
+
+bool FakeFloatingPanels::drag(PanelKind kind, QPointF from, const std::vector<QPointF>& over) {
+    const Record* record = shownPanel(kind);
+    if (record == nullptr || !record->spec.takesMouseEvents) return false;
+    const auto tell = [record](PanelMouse::Kind what, QPointF where) {
+        if (const auto monitor = record->mouseMonitor) monitor({what, where});
+    };
+    tell(PanelMouse::Kind::down, from);
+    for (const QPointF& point : over)
+        tell(PanelMouse::Kind::dragged, point);
     return true;
 }
 

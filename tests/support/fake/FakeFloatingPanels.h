@@ -23,7 +23,9 @@ public:
         bool fading = false;  ///< on its way out
         bool closed = false;
         int moves = 0;
+        std::function<void(const PanelMouse&)> mouseMonitor;
 
+        QRectF frame() const { return {origin.value_or(QPointF()), spec.size}; }
         bool isShown() const { return animatedScale.has_value() && !closed && !fading; }
     };
 
@@ -35,6 +37,13 @@ public:
     std::optional<QString> shownText(PanelKind kind = PanelKind::text) const;
     /// The user clicks a row of the choice that is shown; false when none is or it has no such row.
     bool clickRow(int slot);
+    /// The user does something with the latest panel of a kind that is shown; false when none is.
+    bool act(PanelKind kind, PanelAction action);
+    /// The user presses the left button on such a panel and moves the pointer from there; false when none is
+    /// shown.
+    bool drag(PanelKind kind, QPointF from, const std::vector<QPointF>& over);
+    /// The latest panel of a kind that is shown; null when none is.
+    const Record* shownPanel(PanelKind kind) const;
     /// The latest panel ever made; must exist.
     const Record& last() const { return *records.back(); }
     /// Panels whose objects still exist.

@@ -10,6 +10,7 @@ Item {
     property bool translucent: true
     /// How much room the shadow has around the card; 0 for none.
     property int shadowRoom: 0
+    property int radius: VtTheme.radiusPopup
     readonly property color ground: translucent ? theme.surface : theme.surfaceOpaque
 
     Accessible.ignored: true
@@ -19,13 +20,13 @@ Item {
         anchors.margins: -background.shadowRoom
         visible: background.shadowRoom > 0
         spread: background.shadowRoom
-        radius: VtTheme.radiusPopup
+        radius: background.radius
         color: background.theme.shadow
         Accessible.ignored: true
     }
     VtSurface {
         anchors.fill: parent
-        radius: VtTheme.radiusPopup
+        radius: background.radius
         color: background.ground
         stroke: background.theme.stroke
         Accessible.ignored: true

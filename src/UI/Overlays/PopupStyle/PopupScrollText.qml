@@ -1,0 +1,63 @@
+import QtQuick
+import Veltrin
+
+/// A text that may be longer than its room: the wheel moves it, and a thin bar tells where it stands. The mouse's
+/// button is left to the popup, which it drags.
+Item {
+    id: scroll
+
+    property VtPalette theme: PopupTheme.current
+    property string text
+    property int tone: VtText.Primary
+    property int size: VtTheme.sizeSmall
+    /// Pixels from line to line, whatever scripts they hold.
+    property int line: 18
+    readonly property bool overflows: page.contentHeight > page.height + 1
+
+    Accessible.role: Accessible.StaticText
+    Accessible.name: text
+    Accessible.ignored: text.length === 0
+
+    onTextChanged: page.contentY = 0
+
+    Flickable {
+        id: page
+        anchors.fill: parent
+        anchors.rightMargin: 8
+        clip: true
+        interactive: false
+        contentHeight: words.height
+
+        VtText {
+            id: words
+            width: page.width
+            text: scroll.text
+            theme: scroll.theme
+            tone: scroll.tone
+            size: scroll.size
+            wrapMode: Text.Wrap
+            elide: Text.ElideNone
+            lineHeight: scroll.line
+            lineHeightMode: Text.FixedHeight
+            Accessible.ignored: true
+        }
+    }
+    WheelHandler {
+        acceptedDevices: PointerDevice.Mouse | PointerDevice.TouchPad
+        onWheel: event => {
+            const step = event.pixelDelta.y !== 0 ? event.pixelDelta.y : event.angleDelta.y * 0.4
+            page.contentY = Math.max(0, Math.min(page.contentHeight - page.height, page.contentY - step))
+        }
+    }
+    VtSurface {
+        anchors.right: parent.right
+        visible: scroll.overflows
+        width: 3
+        radius: 1.5
+        height: Math.max(16, page.height * page.height / Math.max(1, page.contentHeight))
+        y: (page.height - height) * (page.contentY / Math.max(1, page.contentHeight - page.height))
+        color: scroll.theme.outline
+        opacity: 0.7
+        Accessible.ignored: true
+    }
+}
