@@ -213,7 +213,10 @@ void SoakSession::write(bool directly, Place place) {
     ExternalTextWriteback& writeback = directly ? world_.text.directWriteback : world_.text.writeback;
     const auto result = writeback.apply(replacement, read_, place == Place::all);
     note(result.success, directly, place);
-    finish(result.success, directly, expectedAfter(replacement, place), replacement, "after a write");
+    // A paste that was refused, because the application took long to say that it is there, is written
+    // directly.
+    const bool isDirect = directly || result.strategy != WritebackStrategy::clipboardPaste;
+    finish(result.success, isDirect, expectedAfter(replacement, place), replacement, "after a write");
 }
 
 /// A refusal is never wrong, but it is not meant where the field can be written.
