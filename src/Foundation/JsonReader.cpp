@@ -78,9 +78,9 @@ public:
         ondemand::array around;
         if (!isBegun_ || document_.get_array().get(around)) return false;
         int count = 0;
-        for (auto each : around) {
+        for (auto&& each : around) {
             ondemand::value value;
-            if (std::move(each).get(value) || ++count > 1 || !take(value)) return false;
+            if (std::forward<decltype(each)>(each).get(value) || ++count > 1 || !take(value)) return false;
         }
         return count == 1 && document_.current_location().error() == simdjson::OUT_OF_BOUNDS;
     }
@@ -137,9 +137,9 @@ private:
     bool eachElement(ondemand::value value, const Take& take) {
         ondemand::array elements;
         if (value.get_array().get(elements) || !enter()) return false;
-        for (auto each : elements) {
+        for (auto&& each : elements) {
             ondemand::value element;
-            if (std::move(each).get(element) || !take(element)) return false;
+            if (std::forward<decltype(each)>(each).get(element) || !take(element)) return false;
         }
         --depth_;
         return true;
@@ -158,10 +158,11 @@ private:
         ondemand::object object;
         if (value.get_object().get(object) || !enter()) return false;
         Json::Object members;
-        for (auto each : object) {
+        for (auto&& each : object) {
             ondemand::field field;
             std::string_view utf8;
-            if (std::move(each).get(field) || field.unescaped_key().get(utf8)) return false;
+            if (std::forward<decltype(each)>(each).get(field) || field.unescaped_key().get(utf8))
+                return false;
             auto& [name, member] = members.emplace_back();
             if (!readName(utf8, name) || !readInside(field.value(), member)) return false;
         }
