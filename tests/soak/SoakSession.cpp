@@ -123,7 +123,13 @@ FieldState SoakSession::state(Place place) {
     }
     if (chance(15)) return {text, 0, text.size()};
     const int first = below(last);
-    return {text, places[first], places[first + 1 + below(std::min(last - first, 12))]};
+    const qsizetype start = places[first];
+    qsizetype end = places[first + 1 + below(std::min(last - first, 12))];
+    // Between the blocks of a page's editor is no character: what is selected up to a block's start leaves
+    // the break standing.
+    while (row_->field == u"editable" && end > start && text[end - 1] == u'\n')
+        --end;
+    return {text, start, end};
 }
 
 // MARK: One round
