@@ -1,6 +1,6 @@
 #include "AI/SmartSelectTextRecognizer.h"
 
-#include "Foundation/Json.h"
+#include "Foundation/JsonReader.h"
 #include "Foundation/Text.h"
 
 #include <QList>
@@ -72,7 +72,7 @@ private:
 bool isJSON(const QString& text) {
     const bool isEnclosed =
         (text.startsWith(u'{') && text.endsWith(u'}')) || (text.startsWith(u'[') && text.endsWith(u']'));
-    return isEnclosed && Json::tryParse(text.toUtf8());
+    return isEnclosed && JsonReader::isDocument(text.toUtf8());
 }
 
 bool isURL(const QString& text, const QString& lowercased) {

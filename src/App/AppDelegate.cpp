@@ -6,6 +6,7 @@
 #include "Expression/ExpressionMemoryStore.h"
 #include "Foundation/MVPLog.h"
 #include "Platform/RunLoop.h"
+#include "System/Analytics.h"
 
 #include <algorithm>
 
@@ -27,6 +28,7 @@ double seconds(const Setting<double>& milliseconds, double minimum, double maxim
 AppDelegate::AppDelegate(const Desktop& desktop, const Shared& shared)
     : desktop_(desktop),
       shared_(shared),
+      crashReporter_(shared.systemLog),
       appPolicy_(desktop.workspace, shared.settings),
       interferenceGuard_(desktop.runLoop),
       engine_(desktop.runLoop, desktop.keyEventTaps, desktop.preferences, desktop.pasteboard,
@@ -64,6 +66,8 @@ AppDelegate::AppDelegate(const Desktop& desktop, const Shared& shared)
 AppDelegate::~AppDelegate() = default;
 
 void AppDelegate::applicationDidFinishLaunching() {
+    startDiagnostics();
+    if (shared_.registerFonts) shared_.registerFonts();
     shared_.data.clipboard.startMonitoring();
     MVPLog::write("MVP App launched");
     permissions_.logAll();
@@ -76,6 +80,16 @@ void AppDelegate::applicationDidFinishLaunching() {
     fillEngine();
     subscribeToSettings();
     warmUp();
+}
+
+/// Before all else, so that whatever fails after it is seen.
+void AppDelegate::startDiagnostics() {
+    crashReporter_.start();
+    std::vector<std::unique_ptr<AnalyticsBackend>> backends;
+    backends.push_back(std::make_unique<OSLogAnalyticsBackend>(
+        shared_.systemLog, QStringLiteral("com.veltrin.app"), QStringLiteral("analytics")));
+    shared_.analytics.setBackends(std::move(backends));
+    shared_.analytics.track(QStringLiteral("launch"));
 }
 
 void AppDelegate::setupNotificationObservers() {

@@ -22,6 +22,7 @@
 #include "Gesture/SpaceGestureEngine.h"
 #include "Gesture/SpaceGesturePolicy.h"
 #include "Platform/Desktop.h"
+#include "System/CrashReporter.h"
 
 #include <optional>
 #include <vector>
@@ -29,12 +30,14 @@
 namespace veltrin {
 
 class AgentTeamManager;
+class Analytics;
 class AppSettings;
 struct DataStore;
 class ExpressionMemoryStore;
 class InteractionSoundPlayer;
 class ModelTasks;
 class OllamaClient;
+class SystemLog;
 class UserBehaviorTracker;
 
 /// The spine of the process: owns the long-lived objects, turns the engine's raw callbacks into actions, and
@@ -53,9 +56,12 @@ public:
         ModelTasks& tasks;
         AgentTeamManager& agents;
         InteractionSoundPlayer& sounds;
-        /// What the program may lack: its main window and its account.
+        SystemLog& systemLog;
+        Analytics& analytics;
+        /// What the program may lack: its main window, its account, and fonts of its own.
         std::function<void()> presentMainWindow{};
         AuthLinks::Account account{};
+        std::function<void()> registerFonts{};
     };
 
     AppDelegate(const Desktop& desktop, const Shared& shared);
@@ -84,6 +90,7 @@ public:
     SmartSelectOverlay& smartSelectOverlay() { return smartSelectOverlay_; }
 
 private:
+    void startDiagnostics();
     void setupNotificationObservers();
     void fillEngine();
     void fillEngineActions();
@@ -98,6 +105,7 @@ private:
 
     Desktop desktop_;
     Shared shared_;
+    CrashReporter crashReporter_;
     SpaceGestureAppPolicy appPolicy_;
     ClipboardFallbackInterferenceGuard interferenceGuard_;
     SpaceGestureEngine engine_;

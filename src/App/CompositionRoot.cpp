@@ -16,6 +16,7 @@
 #include "Platform/Linux/LinuxDesktopAppearance.h"
 #include "Platform/Linux/LinuxProcessControl.h"
 #include "Platform/Linux/LinuxSystemEnvironment.h"
+#include "Platform/Linux/LinuxSystemLog.h"
 #include "Platform/Linux/Pulse/PulseSoundOutput.h"
 #include "Platform/Linux/QtHttpClient.h"
 #include "Platform/Linux/QtRunLoop.h"
@@ -30,7 +31,9 @@
 #include "Platform/Linux/X11TopLevelWindows.h"
 #include "Session/UserBehaviorTracker.h"
 #include "Session/WorkSessionManager.h"
+#include "System/Analytics.h"
 #include "System/InteractionSoundPlayer.h"
+#include "UI/Design/FontManager.h"
 #include "UI/Design/LookSource.h"
 #include "UI/Design/VtLook.h"
 #include "UI/Overlays/QuickFloatingPanels.h"
@@ -68,6 +71,7 @@ struct CompositionRoot::Objects {
     }
 
     SingleInstance& instance;
+    LinuxSystemLog systemLog;
     QtRunLoop runLoop;
     std::unique_ptr<X11Connection> connection;
     X11Windows windows;
@@ -91,6 +95,7 @@ struct CompositionRoot::Objects {
     LinuxProcessControl processControl{[this] { terminate(); }, [this] { instance.release(); }};
     NotificationCenter notifications;
     AppSettings settings{preferences, notifications, environment};
+    Analytics analytics{settings};
     VtLook look{nullptr};
     LookSource lookSource{look, settings, appearance};
     QuickFloatingPanels floatingPanels{screens, look};
@@ -106,8 +111,20 @@ struct CompositionRoot::Objects {
     AppDelegate delegate{
         Desktop{runLoop, keyEventTaps, keyPoster, accessibility, pasteboard, workspace, screens, preferences,
                 httpClient, floatingPanels, processControl, environment},
-        AppDelegate::Shared{settings, notifications, client, expressionMemory, behaviors, data, tasks, agents,
-                            sounds}};
+        AppDelegate::Shared{settings,
+                            notifications,
+                            client,
+                            expressionMemory,
+                            behaviors,
+                            data,
+                            tasks,
+                            agents,
+                            sounds,
+                            systemLog,
+                            analytics,
+                            nullptr,
+                            {},
+                            [] { FontManager::registerAll(); }}};
     TrayItem tray{{nullptr, [this] { terminate(); }}};
 };
 

@@ -4,6 +4,7 @@
 #include "Data/AppSettings.h"
 #include "Data/HistoryStore.h"
 #include "Data/PromptStore.h"
+#include "Debug/PopupAnimator.h"
 #include "Foundation/Characters.h"
 #include "Foundation/MVPLog.h"
 #include "Foundation/Text.h"
@@ -20,8 +21,6 @@ constexpr QSizeF popupSize{300, 244};
 constexpr double iconGap = 12;
 constexpr double popupGap = 8;
 constexpr double iconSeconds = 3.0;
-constexpr double appearScale = 0.965;
-constexpr double appearDuration = 0.17;
 constexpr qsizetype titleCharacters = 18;
 /// More of a text than any title of 18 characters is made of, so that a huge one is not gone through.
 constexpr qsizetype titleSource = 64;
@@ -66,9 +65,10 @@ void SmartSelectOverlay::showIcon(QPointF point, const QString& selectedText) {
     iconPanel_ = parts_.panels.create(spec);
     if (!iconPanel_) return;
     // The point is taken as it comes, also one of accessibility, whose y goes downwards: meant so.
-    iconPanel_->setFrameOrigin(clampToScreen(
-        {point.x() - iconSize.width() * 0.5, point.y() - iconSize.height() - iconGap}, iconSize));
-    iconPanel_->animateIn(appearScale, appearDuration);
+    const QSizeF size = iconPanel_->frame().size();
+    iconPanel_->setFrameOrigin(
+        clampToScreen({point.x() - size.width() * 0.5, point.y() - size.height() - iconGap}, size));
+    PopupAnimator::animateIn(*iconPanel_);
     iconDismissTimer_ = parts_.runLoop.after(iconSeconds, [this] { dismissIcon(); });
 }
 
@@ -90,12 +90,13 @@ void SmartSelectOverlay::showPopup() {
     popupChanges_ = popupView_->changed.subscribe([this] {
         if (popupPanel_) popupPanel_->setSelection(popupView_->content());
     });
-    popupPanel_->setFrameOrigin(clampToScreen({icon.x() + icon.width() * 0.5 - popupSize.width() * 0.5,
-                                               ScreenRect::minY(icon) - popupSize.height() - popupGap},
-                                              popupSize));
+    const QSizeF size = popupPanel_->frame().size();
+    popupPanel_->setFrameOrigin(clampToScreen({icon.x() + icon.width() * 0.5 - size.width() * 0.5,
+                                               ScreenRect::minY(icon) - size.height() - popupGap},
+                                              size));
     parts_.runLoop.post(
         lifetime_.bind([this] { parts_.sounds.playPopup(InteractionSoundChannel::smartSelect); }));
-    popupPanel_->animateIn(appearScale, appearDuration);
+    PopupAnimator::animateIn(*popupPanel_);
     installDragMonitor(*popupPanel_);
 }
 
@@ -172,7 +173,7 @@ void SmartSelectOverlay::animateOut(std::unique_ptr<FloatingPanel> leaving) {
     if (!leaving) return;
     FloatingPanel* panel = leaving.get();
     leaving_.push_back(std::move(leaving));
-    panel->animateOut(lifetime_.bind([this, panel] {
+    PopupAnimator::animateOut(*panel, lifetime_.bind([this, panel] {
         std::erase_if(leaving_, [panel](const auto& gone) { return gone.get() == panel; });
     }));
 }

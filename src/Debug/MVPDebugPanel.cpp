@@ -1,6 +1,7 @@
 #include "Debug/MVPDebugPanel.h"
 
 #include "Debug/OptimizeChoiceBubble.h"
+#include "Debug/PopupAnimator.h"
 #include "ExternalAccess/ExternalActionFeedback.h"
 #include "Foundation/Characters.h"
 #include "Foundation/MVPLog.h"
@@ -15,8 +16,6 @@ namespace {
 constexpr QSizeF textPanelSize{300, 84};
 constexpr QSizeF statusPillSize{72, 40};
 constexpr QSizeF choicePanelSize{310, 248};
-constexpr double appearScale = 0.965;
-constexpr double appearDuration = 0.17;
 constexpr double failureCardDuration = 2.2;
 constexpr double anchorGap = 10;
 constexpr double mouseGap = 24;
@@ -140,7 +139,6 @@ bool MVPDebugPanel::replace(Slot& slot, const PanelSpec& spec) {
     tellClosed(slot);
     slot.panel = panels_.create(spec);
     slot.kind = spec.kind;
-    slot.size = spec.size;
     return slot.panel != nullptr;
 }
 
@@ -149,7 +147,7 @@ void MVPDebugPanel::tellClosed(Slot& slot) {
 }
 
 void MVPDebugPanel::animateIn(Slot& slot, std::optional<double> autoDismiss) {
-    slot.panel->animateIn(appearScale, appearDuration);
+    PopupAnimator::animateIn(*slot.panel);
     if (autoDismiss && *autoDismiss > 0)
         slot.dismissTask = scheduleDismiss(*autoDismiss, [this, &slot] { dismiss(slot); });
 }
@@ -176,7 +174,7 @@ void MVPDebugPanel::dismiss(Slot& slot) {
     if (!slot.panel) return;
     FloatingPanel* panel = slot.panel.get();
     leaving_.push_back(std::move(slot.panel));
-    panel->animateOut(lifetime_.bind([this, panel] {
+    PopupAnimator::animateOut(*panel, lifetime_.bind([this, panel] {
         std::erase_if(leaving_, [panel](const auto& leaving) { return leaving.get() == panel; });
     }));
     tellClosed(slot);
@@ -194,8 +192,9 @@ void MVPDebugPanel::positionCentered(Slot& slot) {
     const auto screen = screens_.mainScreen();
     if (!screen) return slot.panel->center();
     const QRectF& visible = screen->visibleFrame;
-    slot.panel->setFrameOrigin({ScreenRect::midX(visible) - slot.size.width() * 0.5,
-                                ScreenRect::midY(visible) - slot.size.height() * 0.5});
+    const QSizeF size = slot.panel->frame().size();
+    slot.panel->setFrameOrigin(
+        {ScreenRect::midX(visible) - size.width() * 0.5, ScreenRect::midY(visible) - size.height() * 0.5});
 }
 
 void MVPDebugPanel::position(Slot& slot, const std::optional<QRectF>& anchorRect) {
@@ -211,8 +210,9 @@ void MVPDebugPanel::position(Slot& slot, const std::optional<QRectF>& anchorRect
 void MVPDebugPanel::positionAnchored(Slot& slot, const QRectF& rect) {
     const auto screen = screenFor(rect);
     if (!screen) return slot.panel->center();
-    const QPointF preferred(ScreenRect::midX(rect) - slot.size.width() * 0.5,
-                            ScreenRect::minY(rect) - slot.size.height() - anchorGap);
+    const QSizeF size = slot.panel->frame().size();
+    const QPointF preferred(ScreenRect::midX(rect) - size.width() * 0.5,
+                            ScreenRect::minY(rect) - size.height() - anchorGap);
     place(slot, preferred, *screen, "UI anchor positioning:");
 }
 
@@ -220,7 +220,7 @@ void MVPDebugPanel::positionNearMouse(Slot& slot) {
     const auto screen = screens_.mainScreen();
     if (!screen) return slot.panel->center();
     const QPointF mouse = screens_.mouseLocation();
-    place(slot, {mouse.x() - slot.size.width() * 0.5, mouse.y() + mouseGap}, *screen,
+    place(slot, {mouse.x() - slot.panel->frame().size().width() * 0.5, mouse.y() + mouseGap}, *screen,
           "UI mouse fallback positioning:");
 }
 
@@ -229,17 +229,19 @@ void MVPDebugPanel::positionStatusPill(Slot& slot, const std::optional<QRectF>& 
     const auto screen = screenFor(*anchorRect);
     if (!screen) return slot.panel->center();
     // In the middle of the anchor, not below it: the pill stands for the text itself.
-    const QPointF preferred(ScreenRect::midX(*anchorRect) - slot.size.width() * 0.5,
-                            ScreenRect::midY(*anchorRect) - slot.size.height() * 0.5);
+    const QSizeF size = slot.panel->frame().size();
+    const QPointF preferred(ScreenRect::midX(*anchorRect) - size.width() * 0.5,
+                            ScreenRect::midY(*anchorRect) - size.height() * 0.5);
     place(slot, preferred, *screen, "UI status pill positioning:");
 }
 
 void MVPDebugPanel::place(Slot& slot, QPointF preferred, const Screen& screen, const char* words) {
     const QRectF& visible = screen.visibleFrame;
+    const QSizeF size = slot.panel->frame().size();
     const QPointF origin(clamped(preferred.x(), ScreenRect::minX(visible) + screenMargin,
-                                 ScreenRect::maxX(visible) - slot.size.width() - screenMargin),
+                                 ScreenRect::maxX(visible) - size.width() - screenMargin),
                          clamped(preferred.y(), ScreenRect::minY(visible) + screenMargin,
-                                 ScreenRect::maxY(visible) - slot.size.height() - screenMargin));
+                                 ScreenRect::maxY(visible) - size.height() - screenMargin));
     if (isVerbose(preferences_))
         MVPLog::write(words, "preferred:", describe(preferred), "result:", describe(origin),
                       "visible frame:", visible);

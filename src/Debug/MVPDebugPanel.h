@@ -63,7 +63,6 @@ private:
     struct Slot {
         std::unique_ptr<FloatingPanel> panel;
         PanelKind kind = PanelKind::text;
-        QSizeF size;
         Timer dismissTask;
         std::function<void()> onClosed;
     };

@@ -113,6 +113,23 @@ public:
         });
     }
 
+    /// Finds the same texts wrong as `read`.
+    bool pass(ondemand::value value) {
+        ondemand::json_type type{};
+        if (value.type().get(type)) return false;
+        if (type == ondemand::json_type::object) {
+            return eachMember(value, [this](std::string_view name, ondemand::value each) {
+                return isText(name) && pass(each);
+            });
+        }
+        if (type == ondemand::json_type::array)
+            return eachElement(value, [this](ondemand::value each) { return pass(each); });
+        std::string_view text;
+        if (type == ondemand::json_type::string) return !value.get_string().get(text) && isText(text);
+        Json unused;
+        return read(value, unused);
+    }
+
     QByteArray error() {
         if (depth_ > maximumDepth)
             return "JSON nested deeper than " + QByteArray::number(maximumDepth) + " levels";
@@ -154,19 +171,28 @@ private:
         return true;
     }
 
-    bool readObject(ondemand::value value, Json& into) {
-        ondemand::object object;
-        if (value.get_object().get(object) || !enter()) return false;
-        Json::Object members;
-        for (auto&& each : object) {
+    template <typename Take>
+    bool eachMember(ondemand::value value, const Take& take) {
+        ondemand::object members;
+        if (value.get_object().get(members) || !enter()) return false;
+        for (auto&& each : members) {
             ondemand::field field;
-            std::string_view utf8;
-            if (std::forward<decltype(each)>(each).get(field) || field.unescaped_key().get(utf8))
+            std::string_view name;
+            if (std::forward<decltype(each)>(each).get(field) || field.unescaped_key().get(name) ||
+                !take(name, field.value()))
                 return false;
-            auto& [name, member] = members.emplace_back();
-            if (!readName(utf8, name) || !readInside(field.value(), member)) return false;
         }
         --depth_;
+        return true;
+    }
+
+    bool readObject(ondemand::value value, Json& into) {
+        Json::Object members;
+        const bool isRead = eachMember(value, [&](std::string_view utf8, ondemand::value each) {
+            auto& [name, member] = members.emplace_back();
+            return readName(utf8, name) && readInside(each, member);
+        });
+        if (!isRead) return false;
         if (hasRepeatedMembers(members)) dropRepeatedMembers(members);
         into = Json(std::move(members));
         return true;
@@ -193,7 +219,12 @@ private:
         return true;
     }
 
-    /// Refuses the half of a pair that an escape may have brought. Keeps a mark of byte order, which is text
+    /// Not so when an escape has brought half of a pair.
+    static bool isText(std::string_view utf8) {
+        return QByteArrayView(utf8.data(), static_cast<qsizetype>(utf8.size())).isValidUtf8();
+    }
+
+    /// Refuses the same halves. Keeps a mark of byte order, which is text
     /// in here.
     static bool decode(std::string_view utf8, QString& into) {
         using Flag = QStringDecoder::Flag;
@@ -243,6 +274,11 @@ QByteArray readDocument(QByteArrayView utf8, Json& into) {
     Reading reading(utf8);
     const bool isRead = reading.readOne([&](ondemand::value value) { return reading.read(value, into); });
     return isRead ? QByteArray() : reading.error();
+}
+
+bool isDocument(QByteArrayView utf8) {
+    Reading reading(utf8);
+    return reading.readOne([&](ondemand::value value) { return reading.pass(value); });
 }
 
 bool readElements(QByteArrayView utf8, const std::function<bool(const Json&)>& take) {

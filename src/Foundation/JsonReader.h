@@ -14,6 +14,9 @@ namespace veltrin::JsonReader {
 /// text; empty when all went well.
 QByteArray readDocument(QByteArrayView utf8, Json& into);
 
+/// Whether the text is one value. Makes none, so that it costs a fraction of reading.
+bool isDocument(QByteArrayView utf8);
+
 /// The text as one array, element by element; see Json::parseElements.
 bool readElements(QByteArrayView utf8, const std::function<bool(const Json&)>& take);
 

@@ -90,7 +90,8 @@ public:
     virtual void setFrameOrigin(QPointF origin) = 0;
     /// The platform's own idea of the middle, for when no screen is known.
     virtual void center() = 0;
-    /// Where the panel stands now, which is not where it was put when its screen has gone since.
+    /// Where the panel stands now, which is not where it was put when its screen has gone since. It covers
+    /// more than its spec's size where the desktop enlarges what it shows.
     virtual QRectF frame() const = 0;
     /// What the popup over a selection shows from now on.
     virtual void setSelection(const SelectionContent& content) = 0;

@@ -1,9 +1,9 @@
 # The windows: QML on the software scene graph, and the thin objects that feed it. QML is not compiled ahead of time:
 # qmlcachegen's output is not deterministic, so that it defeats ccache, and it gains a few milliseconds a panel.
-find_package(Qt6 6.4 REQUIRED COMPONENTS Gui Qml Quick Widgets)
+find_package(Qt6 6.4 REQUIRED COMPONENTS DBus Gui Qml Quick Widgets)
 
 veltrin_library(veltrin_ui FOLDERS UI MOC
-    LINK veltrin_core Qt6::Gui Qt6::Qml Qt6::Quick Qt6::Widgets PkgConfig::VELTRIN_XCB
+    LINK veltrin_core Qt6::DBus Qt6::Gui Qt6::Qml Qt6::Quick Qt6::Widgets PkgConfig::VELTRIN_XCB
     PCH ${VELTRIN_CORE_PCH} <QQuickWindow>)
 # The generated type registrations include the elements' headers by their bare names.
 target_include_directories(veltrin_ui PRIVATE ${CMAKE_CURRENT_LIST_DIR}/Design ${CMAKE_CURRENT_LIST_DIR}/Shortcuts)

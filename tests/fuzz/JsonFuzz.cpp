@@ -1,4 +1,4 @@
-#include "Foundation/Json.h"
+#include "Foundation/JsonReader.h"
 #include "fuzz/FuzzInput.h"
 
 #include <QStringDecoder>
@@ -71,6 +71,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto value = Json::tryParse(text);
     readAsOthersDo(text, value);
     readByElements(text, value);
+    if (const QString units = QString::fromUtf8(text); units.toUtf8() == text)
+        fuzz::check(JsonReader::isDocument(text) == value.has_value(),
+                    "what is read is valid, and nothing else");
     if (!value) return 0;
     fuzz::check(Json::tryParse(value->serialized()) == value, "a value survives its own text");
     fuzz::check(Json::tryParse(value->serialized(2)) == value, "a value survives its own indented text");

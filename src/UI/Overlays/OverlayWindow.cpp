@@ -3,14 +3,15 @@
 #include "UI/Overlays/XDisplay.h"
 
 #include <QMouseEvent>
-#include <QPainterPath>
 #include <QQuickItem>
 #include <QScreen>
 
 #include <xcb/shape.h>
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
+#include <vector>
 
 namespace veltrin {
 namespace {
@@ -18,6 +19,20 @@ namespace {
 constexpr int roomOfShadow = 24;
 /// Pixels that the pointer may stray from where it went down before a click is a drag.
 constexpr double clickSlack = 4;
+
+/// A rectangle with round corners, row by row.
+std::vector<xcb_rectangle_t> roundedRows(QSize size, double radius) {
+    std::vector<xcb_rectangle_t> rows;
+    for (int y = 0; y < size.height(); ++y) {
+        // From the middle of the row to the nearer corner's centre.
+        const double up = radius - std::min(y + 0.5, size.height() - y - 0.5);
+        const double left = up > 0 ? radius - std::sqrt(radius * radius - up * up) : 0;
+        const int inset = static_cast<int>(std::lround(left));
+        rows.push_back({static_cast<std::int16_t>(inset), static_cast<std::int16_t>(y),
+                        static_cast<std::uint16_t>(size.width() - 2 * inset), 1});
+    }
+    return rows;
+}
 
 }  // namespace
 
@@ -94,13 +109,6 @@ QPointF OverlayWindow::native(QPointF position) const {
     return corner + (position - corner) * devicePixelRatio();
 }
 
-QRegion OverlayWindow::shape() const {
-    const double radius = card_->property("cornerRadius").toDouble();
-    QPainterPath path;
-    path.addRoundedRect(QRectF(QPointF(0, 0), cardSize_), radius, radius);
-    return QRegion(path.toFillPolygon().toPolygon());
-}
-
 // MARK: Mouse
 
 bool OverlayWindow::event(QEvent* event) {
@@ -134,7 +142,7 @@ void OverlayWindow::adaptToCompositor() {
     // Where nothing blends, the card's smooth corners must not fade into black.
     setColor(blended_ ? QColor(Qt::transparent) : card_->property("surfaceColor").value<QColor>());
     applyShadowRoom(blended_ ? roomOfShadow : 0);
-    setMask(blended_ ? QRegion() : shape());
+    shapeOutline();
     shapeInput();
 }
 
@@ -147,7 +155,22 @@ void OverlayWindow::applyShadowRoom(int room) {
     place();
 }
 
-/// A mask replaces the shape that lets clicks through, so it is set after every mask.
+/// Not by the toolkit's mask: that knows points only, and where two pixels make one its corners are stairs.
+void OverlayWindow::shapeOutline() {
+    xcb_connection_t* connection = windowsConnection();
+    if (connection == nullptr) return;
+    const auto window = static_cast<xcb_window_t>(winId());
+    if (blended_) {
+        xcb_shape_mask(connection, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, window, 0, 0, XCB_PIXMAP_NONE);
+        return;
+    }
+    const double scale = devicePixelRatio();
+    const double radius = card_->property("cornerRadius").toDouble() * scale;
+    const auto rows = roundedRows(cardSize_ * scale, radius);
+    xcb_shape_rectangles(connection, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, XCB_CLIP_ORDERING_YX_BANDED,
+                         window, 0, 0, static_cast<std::uint32_t>(rows.size()), rows.data());
+}
+
 void OverlayWindow::shapeInput() {
     xcb_connection_t* connection = windowsConnection();
     if (connection == nullptr) return;

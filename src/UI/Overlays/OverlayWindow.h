@@ -2,7 +2,6 @@
 
 #include <QPointer>
 #include <QQuickWindow>
-#include <QRegion>
 #include <QVariantAnimation>
 #include <QVariantMap>
 
@@ -56,9 +55,9 @@ private:
     /// Fits the window to the desktop, which may have begun or ceased to blend windows.
     void adaptToCompositor();
     void applyShadowRoom(int room);
+    void shapeOutline();
     void shapeInput();
     void place();
-    QRegion shape() const;
     QPointF native(QPointF position) const;
     void tellOfMouse(const QMouseEvent& event);
 

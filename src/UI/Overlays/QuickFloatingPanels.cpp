@@ -201,7 +201,10 @@ public:
         const QScreen* screen = QGuiApplication::primaryScreen();
         if (screen == nullptr || !window_) return;
         const QRect middle(QPoint(), window_->cardGeometry().size());
-        window_->setCardPosition(screen->geometry().center() - middle.center());
+        // Its corner counts in the display's own pixels; its size has to be turned into them.
+        const QRect native(screen->geometry().topLeft(),
+                           screen->geometry().size() * screen->devicePixelRatio());
+        window_->setCardPosition(native.center() - middle.center());
     }
     void animateIn(double scale, double duration) override {
         if (window_) window_->animateIn(scale, panels_->look_.reducedMotion() ? 0 : duration);

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <QDBusServiceWatcher>
+#include <QTimer>
+
 #include <functional>
 #include <memory>
 
@@ -9,7 +12,7 @@ class QSystemTrayIcon;
 namespace veltrin {
 
 /// The program's place in the desktop's tray, so that a program without a window can be reached and ended.
-/// Where there is no tray it waits for one. Needs a QApplication.
+/// Where there is no tray it waits for one. Needs a QApplication and the session bus.
 class TrayItem {
 public:
     struct Actions {
@@ -26,7 +29,11 @@ public:
     void hide();
 
 private:
+    void makeIcon();
+
     Actions actions_;
+    QDBusServiceWatcher watcher_;
+    QTimer patience_;
     std::unique_ptr<QMenu> menu_;
     std::unique_ptr<QSystemTrayIcon> icon_;
 };

@@ -74,4 +74,12 @@ protected:
     std::function<bool(const KeyEvent&)> answer;  ///< true lets the key go on
 };
 
+class KeyTap : public KeyTapTest {};
+
+/// With the limit that the program has.
+class KeyTapInTime : public KeyTapTest {
+protected:
+    KeyTapInTime() : KeyTapTest(X11KeyEventTaps::usualAnswerLimit) {}
+};
+
 }  // namespace veltrin

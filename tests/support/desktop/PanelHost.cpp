@@ -7,11 +7,19 @@
 #include <stdexcept>
 
 namespace veltrin {
+namespace {
 
-PanelHost::PanelHost(RealDesktop& desktop)
+Environment with(Environment environment, const Environment& extra) {
+    environment.insert(extra);
+    return environment;
+}
+
+}  // namespace
+
+PanelHost::PanelHost(RealDesktop& desktop, const Environment& extra)
     : desktop_(desktop),
       process_({.command = {QStringLiteral(VELTRIN_BINARY_DIR "/bin/veltrin_panel_host")},
-                .environment = desktop.environment(),
+                .environment = with(desktop.environment(), extra),
                 .outputFile = desktop.file(QStringLiteral("panel-host.log")),
                 .input = in_.read,
                 .output = out_.write}) {

@@ -12,8 +12,9 @@ namespace veltrin {
 /// tests/support/apps/PanelHost.cpp for its commands.
 class PanelHost {
 public:
-    /// Returns when it listens; throws std::runtime_error when it does not start.
-    explicit PanelHost(RealDesktop& desktop);
+    /// Returns when it listens; throws std::runtime_error when it does not start. `extra` goes over the
+    /// desktop's environment.
+    explicit PanelHost(RealDesktop& desktop, const Environment& extra = {});
 
     /// What it answers to a command; throws std::runtime_error when no answer comes.
     QByteArray ask(const QByteArray& command, double seconds = 30);

@@ -58,6 +58,7 @@ std::unique_ptr<FloatingPanel> FakeFloatingPanels::create(const PanelSpec& spec)
     if (!available) return nullptr;
     auto record = std::make_shared<Record>();
     record->spec = spec;
+    record->scale = scale;
     records.push_back(record);
     return std::make_unique<FakeFloatingPanel>(loop_, log_, std::move(record), fadeDuration);
 }

@@ -16,6 +16,7 @@ public:
 
     struct Record {
         PanelSpec spec;
+        double scale = 1;               ///< how much larger the desktop shows it
         std::optional<QPointF> origin;  ///< lower left corner; none while it was only centred
         bool centered = false;          ///< left to the platform's own idea of the middle
         std::optional<double> animatedScale;
@@ -25,7 +26,7 @@ public:
         int moves = 0;
         std::function<void(const PanelMouse&)> mouseMonitor;
 
-        QRectF frame() const { return {origin.value_or(QPointF()), spec.size}; }
+        QRectF frame() const { return {origin.value_or(QPointF()), spec.size * scale}; }
         bool isShown() const { return animatedScale.has_value() && !closed && !fading; }
     };
 
@@ -51,6 +52,7 @@ public:
 
     std::vector<std::shared_ptr<Record>> records;
     bool available = true;
+    double scale = 1;            ///< of the panels that are made from now on
     double fadeDuration = 0.12;  ///< seconds that `animateOut` takes
 
 private:

@@ -40,10 +40,11 @@ void SimulatedVeltrin::launch() {
     tasks_.emplace(*client_, settings(), desktop.runLoop,
                    taskMaterial(*agents_, data_->dictionary, data_->history));
     sounds_.emplace(desktop.runLoop, desktop.soundOutput, settings());
+    analytics_.emplace(settings());
     delegate_ = std::make_unique<AppDelegate>(
-        desktop.desktop(),
-        AppDelegate::Shared{settings(), notifications, *client_, expressionMemory_, behaviors_, *data_,
-                            *tasks_, *agents_, *sounds_, presentMainWindow, account});
+        desktop.desktop(), AppDelegate::Shared{settings(), notifications, *client_, expressionMemory_,
+                                               behaviors_, *data_, *tasks_, *agents_, *sounds_, systemLog,
+                                               *analytics_, presentMainWindow, account, registerFonts});
     delegate_->applicationDidFinishLaunching();
     desktop.runLoop.runDue();
 }

@@ -8,8 +8,10 @@
 #include "Data/DataStore.h"
 #include "Expression/ExpressionMemoryStore.h"
 #include "Session/UserBehaviorTracker.h"
+#include "System/Analytics.h"
 #include "System/InteractionSoundPlayer.h"
 #include "support/fake/FakeDesktop.h"
+#include "support/fake/FakeSystemLog.h"
 #include "support/fake/SimulatedModel.h"
 
 namespace veltrin {
@@ -77,8 +79,10 @@ public:
     // What the program is lent, to be set before the launch.
     std::function<void()> presentMainWindow;
     AuthLinks::Account account;
+    std::function<void()> registerFonts;
 
     FakeDesktop desktop;
+    FakeSystemLog systemLog;
     SimulatedModel model{desktop.runLoop};
     NotificationCenter notifications;
 
@@ -92,6 +96,7 @@ private:
     std::optional<AgentTeamManager> agents_;
     std::optional<ModelTasks> tasks_;
     std::optional<InteractionSoundPlayer> sounds_;
+    std::optional<Analytics> analytics_;
     std::unique_ptr<AppDelegate> delegate_;
 };
 

@@ -1,3 +1,4 @@
+#include "Foundation/MVPLog.h"
 #include "support/fake/FakeKeyCodes.h"
 #include "support/fake/LogCapture.h"
 #include "support/fake/SimulatedVeltrin.h"
@@ -65,6 +66,21 @@ TEST_F(AppDelegateTest, launchesInOrder) {
     EXPECT_EQ(logged(order), order);
     EXPECT_EQ(gestureTaps(), 1);
     EXPECT_EQ(quitTaps(), 1);
+}
+
+TEST_F(AppDelegateTest, crashesAndFontsAreSeenToBeforeAnythingElse) {
+    veltrin.registerFonts = [this] {
+        EXPECT_TRUE(veltrin.systemLog.isWatching);
+        EXPECT_EQ(veltrin.systemLog.lines,
+                  (QStringList{QStringLiteral("com.veltrin.app crash: CrashReporter started"),
+                               QStringLiteral("com.veltrin.app analytics: launch")}));
+        EXPECT_EQ(desktop.runLoop.pendingTimers(), 0U);  // nobody looks at the clipboard yet
+        EXPECT_EQ(logged({QStringLiteral("MVP App launched")}), QStringList());
+        MVPLog::write("fonts");
+    };
+    veltrin.launch();
+    const QStringList order{QStringLiteral("fonts"), QStringLiteral("MVP App launched")};
+    EXPECT_EQ(logged(order), order);
 }
 
 TEST_F(AppDelegateTest, readyShowsForSixSecondsOnceOnboardingIsDone) {

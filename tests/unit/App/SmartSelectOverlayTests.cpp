@@ -124,6 +124,14 @@ TEST_F(SmartSelectOverlayTest, theScreenIsThatOfTheLowerLeftCorner) {
     EXPECT_EQ(icon()->origin, QPointF(942, 330));
 }
 
+TEST_F(SmartSelectOverlayTest, whereTheDesktopEnlargesThemTheyStandByTheirSizeOnTheScreen) {
+    desktop.floatingPanels.scale = 2;
+    overlay->showIcon({600, 900}, text);
+    EXPECT_EQ(icon()->origin, QPointF(600 - 58, 900 - 116 - 12));
+    click(PanelAction::open);
+    EXPECT_EQ(popup()->origin, QPointF(600 - 300, 772 - 488 - 8));
+}
+
 TEST_F(SmartSelectOverlayTest, withoutAScreenThePlaceStays) {
     desktop.screens.list.clear();
     overlay->showIcon({-400, -300}, text);

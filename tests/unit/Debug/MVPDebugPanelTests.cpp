@@ -312,6 +312,30 @@ TEST_F(MVPDebugPanelTest, aScreenSmallerThanTheChoiceLeavesItAtTheLowerLeftMargi
     EXPECT_EQ(last().origin, QPointF(12, 12));
 }
 
+TEST_F(MVPDebugPanelTest, whereTheDesktopEnlargesPanelsTheyStandByTheirSizeOnTheScreen) {
+    desktop.floatingPanels.scale = 2;
+    choice(QRectF(600, 700, 2, 20));
+    EXPECT_EQ(last().origin, QPointF(601 - 310, 700 - 496 - 10));
+    panel.repositionPanel(QRectF(1900, 100, 2, 20));
+    EXPECT_EQ(last().origin, QPointF(1920 - 620 - 12, 12));
+    desktop.screens.mouse = {700, 400};
+    panel.repositionPanel(std::nullopt);
+    EXPECT_EQ(last().origin, QPointF(700 - 310, 424));
+    pill(QRectF(500, 300, 100, 50));
+    EXPECT_EQ(last().origin, QPointF(550 - 72, 325 - 40));
+    text("a");
+    EXPECT_EQ(last().origin, QPointF(960 - 300, 525 - 84));
+}
+
+TEST_F(MVPDebugPanelTest, aThirdScreenIsAsGoodAsTheSecond) {
+    desktop.screens.list.push_back({QRectF(1920, 0, 1280, 720), QRectF(1920, 0, 1280, 720)});
+    desktop.screens.list.push_back({QRectF(-1024, 200, 1024, 768), QRectF(-1024, 200, 1024, 740)});
+    choice(QRectF(-10, 900, 2, 20));
+    EXPECT_EQ(last().origin, QPointF(-310 - 12, 900 - 248 - 10));
+    pill(QRectF(-1020, 210, 2, 20));
+    EXPECT_EQ(last().origin, QPointF(-1024 + 12, 212));
+}
+
 TEST_F(MVPDebugPanelTest, theChoiceListsAgentsBySlotAndThenThePresets) {
     choice(std::nullopt);
     const ChoiceContent& content = last().spec.choice;

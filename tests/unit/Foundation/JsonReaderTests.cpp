@@ -1,4 +1,4 @@
-#include "Foundation/Json.h"
+#include "Foundation/JsonReader.h"
 
 #include <gtest/gtest.h>
 
@@ -175,6 +175,41 @@ TEST(JsonReader, nestsToFiveHundredAndTwelveLevels) {
     EXPECT_TRUE(Json::tryParse('[' + nested(300) + ',' + nested(300) + ']'))
         << "beside each other they do not add up";
     EXPECT_FALSE(Json::tryParse(QByteArray("{\"a\":").repeated(513)));
+}
+
+TEST(JsonReader, passesOverExactlyWhatItReads) {
+    const QString texts[] = {
+        QStringLiteral("{\"a\":[1,-2.5e-3,true,false,null,\"\\n\\u00e4\\ud83d\\ude00\"],\"a\":{}}"),
+        QStringLiteral(" [ ] "),
+        QStringLiteral("[1e400]"),
+        QStringLiteral("[1e-400]"),
+        QStringLiteral("[\"\\ud83d\"]"),
+        QStringLiteral("[\"\\"),
+        QStringLiteral("[1234567890123456789012]"),
+        u'[' + QStringLiteral("9").repeated(400) + u']',
+        QStringLiteral("[").repeated(512) + QStringLiteral("]").repeated(512),
+        QStringLiteral("[").repeated(513) + QStringLiteral("]").repeated(513),
+        QStringLiteral("[1]\0x").left(4),
+        QString(QChar(0xFEFF)) + QStringLiteral("[1]"),
+    };
+    const QString wrong = QStringLiteral(" \"\\{}[]:,0-.eEtu\n好");
+    int valid = 0;
+    for (const QString& text : texts) {
+        const auto compare = [&](const QString& each) {
+            const QByteArray utf8 = each.toUtf8();
+            const bool parses = Json::tryParse(utf8).has_value();
+            EXPECT_EQ(JsonReader::isDocument(utf8), parses) << each.toStdString();
+            valid += parses ? 1 : 0;
+        };
+        compare(text);
+        for (qsizetype at = 0; at < std::min<qsizetype>(text.size(), 80); ++at) {
+            compare(text.left(at));
+            compare(QString(text).remove(at, 1));
+            for (const QChar c : wrong)
+                compare(QString(text).replace(at, 1, c));
+        }
+    }
+    EXPECT_GT(valid, 100) << "else little was compared";
 }
 
 TEST(JsonReader, tellsWhereTheTextWentWrongAndNotWhatItSays) {
