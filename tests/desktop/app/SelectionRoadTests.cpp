@@ -1,4 +1,5 @@
 #include "desktop/road/RoadTest.h"
+#include "support/fields/FieldApplications.h"
 
 #include <QFile>
 
@@ -55,6 +56,32 @@ protected:
         return waitUntil(10, [&] { return clipboard().text() == text; });
     }
 };
+
+TEST_F(SelectionRoad, aWordOfAPageIsRepliedTo) {
+    QFile page(desktop().file(u"words.html"_s));
+    ASSERT_TRUE(page.open(QIODevice::WriteOnly));
+    page.write(
+        "<!DOCTYPE html><meta charset=utf-8><title>Words</title>"
+        "<body style='background:#ccffcc;padding:40px;font:32px sans-serif'>" +
+        QByteArray("wording ").repeated(300));
+    page.close();
+    Program browser(desktop(), chromiumCommand(desktop(), u"file://"_s + page.fileName()));
+    const QRect window = x().geometry(browser.waitForWindow(60, u"chromium"_s));
+    const QPoint margin(window.left() + 12, window.center().y());
+    ASSERT_TRUE(waitUntil(60, [&] { return x().pixel(margin) == QColor(0xcc, 0xff, 0xcc); }));
+    // Between two lines nothing is selected; the icon's place is that of the page's tree or of the pointer.
+    QRect icon;
+    for (int row = 0; row < 12 && icon.isNull(); ++row) {
+        typist().click(window.center() + QPoint(7 * row, 11 * row), 2);
+        waitUntil(4, [&] { return !(icon = panelOf(iconSize)).isNull(); });
+    }
+    ASSERT_FALSE(icon.isNull()) << qPrintable(log());
+    typist().click(icon.center());
+    typist().click(waitForPanel(popupSize).topLeft() + replyButton);
+    ASSERT_TRUE(waitForGeneration());
+    EXPECT_TRUE(generations().back().prompt().contains(u"wording"));
+    EXPECT_TRUE(waitForClipboard(answer));
+}
 
 class SelectionRoadInMousepad : public SelectionRoad {
 protected:
