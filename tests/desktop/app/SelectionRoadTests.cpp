@@ -160,7 +160,7 @@ TEST_F(SelectionRoadInMousepad, theProgramEndsWithThePopupOpen) {
     ASSERT_TRUE(waitForGeneration());
     program().terminate();
     EXPECT_TRUE(program().waitForExit(10));
-    EXPECT_EQ(program().exitStatus(), 0);
+    EXPECT_GE(program().exitStatus().value_or(-1), 0) << "ended by a signal";
 }
 
 }  // namespace
