@@ -72,9 +72,7 @@ private:
 bool isJSON(const QString& text) {
     const bool isEnclosed =
         (text.startsWith(u'{') && text.endsWith(u'}')) || (text.startsWith(u'[') && text.endsWith(u']'));
-    if (!isEnclosed) return false;
-    const QByteArray utf8 = text.toUtf8();
-    return JsonReader(utf8).passDocument();
+    return isEnclosed && JsonReader::isDocument(text.toUtf8());
 }
 
 bool isURL(const QString& text, const QString& lowercased) {

@@ -136,20 +136,20 @@ private:
 }  // namespace
 
 Json Json::parse(const QByteArray& utf8) {
-    JsonReader reader(utf8);
     Json value;
-    if (!reader.readDocument(value)) throw ParseError(reader.error());
+    if (QByteArray error = JsonReader::readDocument(utf8, value); !error.isEmpty())
+        throw ParseError(std::move(error));
     return value;
 }
 
 std::optional<Json> Json::tryParse(const QByteArray& utf8) {
     std::optional<Json> value(std::in_place);
-    if (!JsonReader(utf8).readDocument(*value)) value.reset();
+    if (!JsonReader::readDocument(utf8, *value).isEmpty()) value.reset();
     return value;
 }
 
 bool Json::parseElements(const QByteArray& utf8, const std::function<bool(const Json&)>& take) {
-    return JsonReader(utf8).readElements(take);
+    return JsonReader::readElements(utf8, take);
 }
 
 QByteArray Json::prettyPrinted() const {

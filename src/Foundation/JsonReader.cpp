@@ -3,20 +3,20 @@
 #include <QHash>
 #include <QStringDecoder>
 
-#include <charconv>
+#include <simdjson.h>
+
+#include <array>
 #include <cmath>
 #include <limits>
+#include <string_view>
 
-namespace veltrin {
+namespace veltrin::JsonReader {
 namespace {
+
+namespace ondemand = simdjson::ondemand;
 
 constexpr int maximumDepth = 512;
 constexpr std::size_t maximumElementValues = 1'000'000;
-
-/// What a string cannot hold as it is: its end, an escape, a control character.
-constexpr bool isSpecial(char c) {
-    return static_cast<unsigned char>(c) < 0x20 || c == '"' || c == '\\';
-}
 
 bool hasRepeatedMembers(const Json::Object& members) {
     constexpr std::size_t few = 24;
@@ -53,330 +53,237 @@ void dropRepeatedMembers(Json::Object& members) {
     std::erase_if(members, [&](const Json::Member&) { return dropped[index++]; });
 }
 
-}  // namespace
-
-JsonReader::JsonReader(QByteArrayView utf8)
-    : begin_(utf8.begin()),
-      at_(begin_),
-      end_(utf8.end()),
-      valuesLeft_(std::numeric_limits<std::size_t>::max()) {
+/// Between brackets, as the one element of an array: a value by itself is looked at less closely.
+simdjson::padded_string bracketed(QByteArrayView utf8) {
     constexpr QByteArrayView byteOrderMark("\xef\xbb\xbf");
-    if (utf8.startsWith(byteOrderMark)) at_ += byteOrderMark.size();
+    if (utf8.startsWith(byteOrderMark)) utf8 = utf8.sliced(byteOrderMark.size());
+    if (const auto zero = utf8.indexOf('\0'); zero >= 0) utf8 = utf8.first(zero);
+    simdjson::padded_string text(static_cast<std::size_t>(utf8.size()) + 2);
+    text.data()[0] = '[';
+    std::copy(utf8.begin(), utf8.end(), text.data() + 1);
+    text.data()[utf8.size() + 1] = ']';
+    return text;
 }
 
-bool JsonReader::readDocument(Json& into) {
-    return read(into) && isWhole();
-}
+/// One text under way. The names that every record of a file repeats are made once.
+class Reading {
+public:
+    explicit Reading(QByteArrayView utf8) : text_(bracketed(utf8)) {
+        isBegun_ = parser_.iterate(text_).get(document_) == simdjson::SUCCESS;
+    }
 
-bool JsonReader::readElements(const std::function<bool(const Json&)>& take) {
-    if (!skipTo('[') || !enter()) return false;
-    if (!skipTo(']')) {
-        do {
+    /// Hands the text's one value to `take`.
+    template <typename Take>
+    bool readOne(const Take& take) {
+        ondemand::array around;
+        if (!isBegun_ || document_.get_array().get(around)) return false;
+        int count = 0;
+        for (auto&& each : around) {
+            ondemand::value value;
+            if (std::forward<decltype(each)>(each).get(value) || ++count > 1 || !take(value)) return false;
+        }
+        return count == 1 && document_.current_location().error() == simdjson::OUT_OF_BOUNDS;
+    }
+
+    bool read(ondemand::value value, Json& into) {
+        ondemand::json_type type{};
+        if (value.type().get(type)) return false;
+        switch (type) {
+            case ondemand::json_type::object:
+                return readObject(value, into);
+            case ondemand::json_type::array:
+                return readArray(value, into);
+            case ondemand::json_type::string:
+                return readText(value, into);
+            case ondemand::json_type::number:
+                return readNumber(value, into);
+            case ondemand::json_type::boolean:
+                return readFlag(value, into);
+            case ondemand::json_type::null:
+                return readNull(value, into);
+        }
+        return false;
+    }
+
+    bool readElements(ondemand::value value, const std::function<bool(const Json&)>& take) {
+        return eachElement(value, [&](ondemand::value each) {
             valuesLeft_ = maximumElementValues;
             Json element;
-            if (!read(element) || !take(element)) return false;
-        } while (skipTo(','));
-        if (!skipTo(']')) return false;
+            return read(each, element) && take(element);
+        });
     }
-    return isWhole();
-}
 
-QByteArray JsonReader::error() const {
-    if (depth_ > maximumDepth)
-        return "JSON nested deeper than " + QByteArray::number(maximumDepth) + " levels";
-    return "JSON syntax error at byte " + QByteArray::number(static_cast<qlonglong>(at_ - begin_));
-}
+    /// Finds the same texts wrong as `read`.
+    bool pass(ondemand::value value) {
+        ondemand::json_type type{};
+        if (value.type().get(type)) return false;
+        if (type == ondemand::json_type::object) {
+            return eachMember(value, [this](std::string_view name, ondemand::value each) {
+                return isText(name) && pass(each);
+            });
+        }
+        if (type == ondemand::json_type::array)
+            return eachElement(value, [this](ondemand::value each) { return pass(each); });
+        std::string_view text;
+        if (type == ondemand::json_type::string) return !value.get_string().get(text) && isText(text);
+        Json unused;
+        return read(value, unused);
+    }
 
-/// A zero byte ends the text as well: a crash may leave some behind what was written.
-bool JsonReader::isWhole() {
-    skipBlanks();
-    return at_ == end_ || *at_ == '\0';
-}
+    QByteArray error() {
+        if (depth_ > maximumDepth)
+            return "JSON nested deeper than " + QByteArray::number(maximumDepth) + " levels";
+        const char* at = nullptr;
+        if (!isBegun_ || document_.current_location().get(at)) return "JSON syntax error";
+        constexpr qlonglong bracket = 1;
+        return "JSON syntax error at byte " +
+               QByteArray::number(static_cast<qlonglong>(at - text_.data()) - bracket);
+    }
 
-bool JsonReader::read(Json& into) {
-    if (skipTo('"')) {
+private:
+    struct Name {
+        std::string_view utf8;
         QString text;
-        if (!readString(text)) return false;
+    };
+
+    bool enter() { return ++depth_ <= maximumDepth; }
+    /// The same for an element or a member's value.
+    bool readInside(ondemand::value value, Json& into) { return valuesLeft_-- > 0 && read(value, into); }
+
+    template <typename Take>
+    bool eachElement(ondemand::value value, const Take& take) {
+        ondemand::array elements;
+        if (value.get_array().get(elements) || !enter()) return false;
+        for (auto&& each : elements) {
+            ondemand::value element;
+            if (std::forward<decltype(each)>(each).get(element) || !take(element)) return false;
+        }
+        --depth_;
+        return true;
+    }
+
+    bool readArray(ondemand::value value, Json& into) {
+        Json::Array elements;
+        if (!eachElement(value,
+                         [&](ondemand::value each) { return readInside(each, elements.emplace_back()); }))
+            return false;
+        into = Json(std::move(elements));
+        return true;
+    }
+
+    template <typename Take>
+    bool eachMember(ondemand::value value, const Take& take) {
+        ondemand::object members;
+        if (value.get_object().get(members) || !enter()) return false;
+        for (auto&& each : members) {
+            ondemand::field field;
+            std::string_view name;
+            if (std::forward<decltype(each)>(each).get(field) || field.unescaped_key().get(name) ||
+                !take(name, field.value()))
+                return false;
+        }
+        --depth_;
+        return true;
+    }
+
+    bool readObject(ondemand::value value, Json& into) {
+        Json::Object members;
+        const bool isRead = eachMember(value, [&](std::string_view utf8, ondemand::value each) {
+            auto& [name, member] = members.emplace_back();
+            return readName(utf8, name) && readInside(each, member);
+        });
+        if (!isRead) return false;
+        if (hasRepeatedMembers(members)) dropRepeatedMembers(members);
+        into = Json(std::move(members));
+        return true;
+    }
+
+    bool readName(std::string_view utf8, QString& into) {
+        if (utf8.empty()) return true;
+        const std::size_t mixed = utf8.size() + std::size_t{7} * static_cast<unsigned char>(utf8.front()) +
+                                  std::size_t{31} * static_cast<unsigned char>(utf8.back());
+        Name& name = names_[mixed % names_.size()];
+        if (name.utf8 != utf8) {
+            if (!decode(utf8, name.text)) return false;
+            name.utf8 = utf8;
+        }
+        into = name.text;
+        return true;
+    }
+
+    bool readText(ondemand::value value, Json& into) {
+        std::string_view utf8;
+        QString text;
+        if (value.get_string().get(utf8) || !decode(utf8, text)) return false;
         into = Json(std::move(text));
         return true;
     }
-    switch (at_ == end_ ? '\0' : *at_) {
-        case '{':
-            return readObject(into);
-        case '[':
-            return readArray(into);
-        case 't':
-            return readWord("true", true, into);
-        case 'f':
-            return readWord("false", false, into);
-        case 'n':
-            return readWord("null", nullptr, into);
-        default:
-            return readNumber(into);
-    }
-}
 
-/// The same for an element or a member's value.
-bool JsonReader::readInside(Json& into) {
-    return valuesLeft_-- > 0 && read(into);
-}
-
-bool JsonReader::readArray(Json& into) {
-    ++at_;
-    if (!enter()) return false;
-    Json::Array elements;
-    if (!skipTo(']')) {
-        do {
-            if (!readInside(elements.emplace_back())) return false;
-        } while (skipTo(','));
-        if (!skipTo(']')) return false;
+    /// Not so when an escape has brought half of a pair.
+    static bool isText(std::string_view utf8) {
+        return QByteArrayView(utf8.data(), static_cast<qsizetype>(utf8.size())).isValidUtf8();
     }
-    --depth_;
-    into = Json(std::move(elements));
-    return true;
-}
 
-bool JsonReader::readObject(Json& into) {
-    ++at_;
-    if (!enter()) return false;
-    Json::Object members;
-    if (!skipTo('}')) {
-        do {
-            auto& [name, value] = members.emplace_back();
-            if (!skipTo('"') || !readName(name) || !skipTo(':') || !readInside(value)) return false;
-        } while (skipTo(','));
-        if (!skipTo('}')) return false;
+    /// Refuses the same halves. Keeps a mark of byte order, which is text
+    /// in here.
+    static bool decode(std::string_view utf8, QString& into) {
+        using Flag = QStringDecoder::Flag;
+        QStringDecoder decoder(QStringDecoder::Utf8, Flag::Stateless | Flag::ConvertInitialBom);
+        into = decoder.decode(QByteArrayView(utf8.data(), static_cast<qsizetype>(utf8.size())));
+        return !decoder.hasError();
     }
-    --depth_;
-    if (hasRepeatedMembers(members)) dropRepeatedMembers(members);
-    into = Json(std::move(members));
-    return true;
-}
 
-/// From behind the opening quote.
-bool JsonReader::readName(QString& into) {
-    const char* start = at_;
-    passPlain();
-    const QByteArrayView utf8(start, at_ - start);
-    if (utf8.isEmpty() || at_ == end_ || *at_ != '"') {
-        at_ = start;
-        return readString(into);
-    }
-    const qsizetype mixed =
-        utf8.size() + qsizetype{7} * quint8(utf8.front()) + qsizetype{31} * quint8(utf8.back());
-    Name& name = names_[static_cast<std::size_t>(mixed) % names_.size()];
-    if (name.utf8 != utf8) {
-        at_ = start;
-        if (!readString(name.text)) return false;
-        name.utf8 = utf8;
-    } else {
-        ++at_;
-    }
-    into = name.text;
-    return true;
-}
-
-/// From behind the opening quote.
-bool JsonReader::readString(QString& into) {
-    const char* from = at_;
-    passPlain();
-    const char* plainEnd = at_;
-    for (; end_ - at_ > 1 && *at_ == '\\'; passPlain())
-        at_ += 2;
-    const char* end = std::exchange(at_, plainEnd);
-    if (end == end_ || *end != '"') return false;
-    // A character never takes more units than bytes. The decoder keeps a mark of byte order, which is text
-    // in here.
-    using Flag = QStringDecoder::Flag;
-    QStringDecoder decoder(QStringDecoder::Utf8, Flag::Stateless | Flag::ConvertInitialBom);
-    into = QString(end - from, Qt::Uninitialized);
-    QChar* out = into.data();
-    for (;;) {
-        out = decoder.appendToBuffer(out, QByteArrayView(from, at_ - from));
-        if (decoder.hasError()) return false;
-        if (at_++ == end) break;
-        if (!readEscape(out)) return false;
-        from = at_;
-        passPlain();
-    }
-    into.truncate(out - into.constData());
-    return true;
-}
-
-/// From behind the backslash.
-bool JsonReader::readEscape(QChar*& out) {
-    constexpr QByteArrayView escapes("\"\\/bfnrt");
-    constexpr QByteArrayView meanings("\"\\/\b\f\n\r\t");
-    const qsizetype index = escapes.indexOf(*at_);
-    if (index >= 0) {
-        *out++ = QLatin1Char(meanings[index]);
-        ++at_;
+    bool readNumber(ondemand::value value, Json& into) {
+        std::int64_t whole = 0;
+        if (!value.get_int64().get(whole)) {
+            into = Json(whole);
+            return true;
+        }
+        double real = 0;  // and what is past the integers
+        if (value.get_double().get(real) || !std::isfinite(real)) return false;
+        into = Json(real);
         return true;
     }
-    char16_t unit = 0;
-    if (!pass('u') || !readUnit(unit) || QChar::isLowSurrogate(unit)) return false;
-    *out++ = unit;
-    if (!QChar::isHighSurrogate(unit)) return true;
-    if (!pass('\\') || !pass('u') || !readUnit(unit) || !QChar::isLowSurrogate(unit)) return false;
-    *out++ = unit;
-    return true;
-}
 
-bool JsonReader::readUnit(char16_t& into) {
-    constexpr int digits = 4;
-    if (end_ - at_ < digits) return false;
-    std::uint16_t unit = 0;
-    if (std::from_chars(at_, at_ + digits, unit, 16).ptr != at_ + digits) return false;
-    at_ += digits;
-    into = unit;
-    return true;
-}
-
-bool JsonReader::readNumber(Json& into) {
-    const char* start = at_;
-    bool isWholeNumber = true;
-    if (!passNumber(isWholeNumber)) return false;
-    std::int64_t whole = 0;
-    if (isWholeNumber && std::from_chars(start, at_, whole).ec == std::errc()) {
-        into = Json(whole);
+    bool readFlag(ondemand::value value, Json& into) {
+        bool flag = false;
+        if (value.get_bool().get(flag)) return false;
+        into = Json(flag);
         return true;
     }
-    const double real = QString::fromLatin1(start, at_ - start).toDouble();  // too large is infinite
-    if (!std::isfinite(real)) return false;
-    into = Json(real);
-    return true;
-}
 
-bool JsonReader::readWord(QByteArrayView word, Json meaning, Json& into) {
-    if (!passWord(word)) return false;
-    into = std::move(meaning);
-    return true;
-}
-
-// MARK: Without values
-
-bool JsonReader::passDocument() {
-    return passValue() && isWhole();
-}
-
-bool JsonReader::passValue() {
-    skipBlanks();
-    const char* start = at_;
-    switch (at_ == end_ ? '\0' : *at_) {
-        case '"':
-            ++at_;
-            return passString();
-        case '{':
-            return passMembers('}');
-        case '[':
-            return passMembers(']');
-        case 't':
-            return passWord("true");
-        case 'f':
-            return passWord("false");
-        case 'n':
-            return passWord("null");
-        default:
-            break;
+    bool readNull(ondemand::value value, Json& into) {
+        bool isNull = false;
+        if (value.is_null().get(isNull) || !isNull) return false;
+        into = Json();
+        return true;
     }
-    bool isWholeNumber = true;
-    if (!passNumber(isWholeNumber)) return false;
-    constexpr std::ptrdiff_t surelyFinite = 18;
-    if (isWholeNumber && at_ - start <= surelyFinite) return true;
-    double real = 0;
-    if (std::from_chars(start, at_, real).ec == std::errc()) return std::isfinite(real);
-    return std::isfinite(QString::fromLatin1(start, at_ - start).toDouble());  // too small is 0
+
+    simdjson::padded_string text_;
+    ondemand::parser parser_;
+    ondemand::document document_;
+    bool isBegun_ = false;  ///< else the text as a whole is none, and the document must not be asked
+    int depth_ = 0;
+    std::size_t valuesLeft_ = std::numeric_limits<std::size_t>::max();
+    std::array<Name, 64> names_;  ///< those of late, each at the place that its bytes give
+};
+
+}  // namespace
+
+QByteArray readDocument(QByteArrayView utf8, Json& into) {
+    Reading reading(utf8);
+    const bool isRead = reading.readOne([&](ondemand::value value) { return reading.read(value, into); });
+    return isRead ? QByteArray() : reading.error();
 }
 
-/// The inside of an array or an object, by the character that ends it.
-bool JsonReader::passMembers(char end) {
-    ++at_;
-    if (!enter()) return false;
-    if (!skipTo(end)) {
-        do {
-            if (end == '}' && !(skipTo('"') && passString() && skipTo(':'))) return false;
-            if (!passValue()) return false;
-        } while (skipTo(','));
-        if (!skipTo(end)) return false;
-    }
-    --depth_;
-    return true;
+bool isDocument(QByteArrayView utf8) {
+    Reading reading(utf8);
+    return reading.readOne([&](ondemand::value value) { return reading.pass(value); });
 }
 
-/// From behind the opening quote.
-bool JsonReader::passString() {
-    for (;;) {
-        passPlain();
-        if (pass('"')) return true;
-        QChar units[2];
-        QChar* out = units;
-        if (!pass('\\') || at_ == end_ || !readEscape(out)) return false;
-    }
+bool readElements(QByteArrayView utf8, const std::function<bool(const Json&)>& take) {
+    Reading reading(utf8);
+    return reading.readOne([&](ondemand::value value) { return reading.readElements(value, take); });
 }
 
-bool JsonReader::passNumber(bool& isWholeNumber) {
-    pass('-');
-    if (!pass('0') && !passDigits()) return false;
-    if (pass('.')) {
-        isWholeNumber = false;
-        if (!passDigits()) return false;
-    }
-    if (pass('e') || pass('E')) {
-        isWholeNumber = false;
-        if (!pass('+')) pass('-');
-        if (!passDigits()) return false;
-    }
-    return true;
-}
-
-bool JsonReader::passWord(QByteArrayView word) {
-    if (!QByteArrayView(at_, end_ - at_).startsWith(word)) return false;
-    at_ += word.size();
-    return true;
-}
-
-// MARK: Steps
-
-bool JsonReader::enter() {
-    return ++depth_ <= maximumDepth;
-}
-
-/// Moves over white space, and over `c` when it stands there.
-bool JsonReader::skipTo(char c) {
-    skipBlanks();
-    return pass(c);
-}
-
-void JsonReader::skipBlanks() {
-    while (at_ != end_ && (*at_ == ' ' || *at_ == '\n' || *at_ == '\r' || *at_ == '\t'))
-        ++at_;
-}
-
-bool JsonReader::pass(char c) {
-    if (at_ == end_ || *at_ != c) return false;
-    ++at_;
-    return true;
-}
-
-bool JsonReader::passDigits() {
-    const char* start = at_;
-    while (at_ != end_ && *at_ >= '0' && *at_ <= '9')
-        ++at_;
-    return at_ != start;
-}
-
-/// Moves to the next special character, or to the end. In whole blocks without a branch, which the compiler
-/// turns into vector instructions.
-void JsonReader::passPlain() {
-    constexpr std::ptrdiff_t block = 16;
-    for (; end_ - at_ >= block; at_ += block) {
-        unsigned char special = 0;
-        for (std::ptrdiff_t i = 0; i < block; ++i)
-            special = static_cast<unsigned char>(special | static_cast<unsigned char>(isSpecial(at_[i])));
-        if (special != 0) break;
-    }
-    while (at_ != end_ && !isSpecial(*at_))
-        ++at_;
-}
-
-}  // namespace veltrin
+}  // namespace veltrin::JsonReader

@@ -4,67 +4,20 @@
 
 #include <QByteArrayView>
 
-#include <array>
-#include <cstddef>
 #include <functional>
 
-namespace veltrin {
+/// Reads JSON texts into `Json` values. A mark of byte order before a text is passed over, and so is what
+/// follows a zero byte behind it: a crash may leave some behind what was written.
+namespace veltrin::JsonReader {
 
-/// Reads one JSON text straight out of its bytes, for `Json`. The stores' files are why it is quick: strings
-/// are looked through in blocks and decoded once, and the names that every record of a file repeats are made
-/// once. The bytes must outlive it. A mark of byte order before the text is passed over, and so is what
-/// follows a zero byte behind it. After false it is not to be asked for more.
-class JsonReader {
-public:
-    explicit JsonReader(QByteArrayView utf8);
+/// The text as one value; see Json::parse. When it is none, what is returned says why, without a word of the
+/// text; empty when all went well.
+QByteArray readDocument(QByteArrayView utf8, Json& into);
 
-    /// The text as one value; see Json::parse.
-    bool readDocument(Json& into);
-    /// Whether the text, which must be valid UTF-8, is one value. Makes none, so that it costs a fraction of
-    /// reading.
-    bool passDocument();
-    /// The text as one array, element by element; see Json::parseElements.
-    bool readElements(const std::function<bool(const Json&)>& take);
+/// Whether the text is one value. Makes none, so that it costs a fraction of reading.
+bool isDocument(QByteArrayView utf8);
 
-    /// Why and where the reading ended; without a word of the text.
-    QByteArray error() const;
+/// The text as one array, element by element; see Json::parseElements.
+bool readElements(QByteArrayView utf8, const std::function<bool(const Json&)>& take);
 
-private:
-    bool read(Json& into);
-    bool readInside(Json& into);
-    bool readArray(Json& into);
-    bool readObject(Json& into);
-    bool readName(QString& into);
-    bool readString(QString& into);
-    bool readEscape(QChar*& out);
-    bool readUnit(char16_t& into);
-    bool readNumber(Json& into);
-    bool readWord(QByteArrayView word, Json meaning, Json& into);
-    bool passValue();
-    bool passMembers(char end);
-    bool passString();
-    bool passNumber(bool& isWholeNumber);
-    bool passWord(QByteArrayView word);
-    bool isWhole();
-
-    bool enter();
-    void skipBlanks();
-    bool skipTo(char c);
-    bool pass(char c);
-    bool passDigits();
-    void passPlain();
-
-    struct Name {
-        QByteArrayView utf8;
-        QString text;
-    };
-
-    const char* const begin_;
-    const char* at_;
-    const char* const end_;
-    int depth_ = 0;
-    std::size_t valuesLeft_;
-    std::array<Name, 64> names_;  ///< those of late, each at the place that its bytes give
-};
-
-}  // namespace veltrin
+}  // namespace veltrin::JsonReader

@@ -39,6 +39,8 @@ constexpr QSize choiceSize(310, 248);
 /// How long a selection by a drag is left alone before it is looked at.
 constexpr double dragDelay = 0.5;
 constexpr QSize iconSize(58, 58);
+/// Beside the rounds in which something is chosen.
+constexpr int openings = 80;
 
 struct Limit {
     const char* name;
@@ -47,10 +49,14 @@ struct Limit {
     const char* unit;
 };
 
-double median(std::vector<double> values) {
+double percentile(std::vector<double> values, double part) {
     if (values.empty()) return 1e9;
     std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
+    return values[std::min(values.size() - 1,
+                           static_cast<std::size_t>(static_cast<double>(values.size()) * part))];
+}
+double median(const std::vector<double>& values) {
+    return percentile(values, 0.5);
 }
 
 /// Processor seconds that a process has used so far.
@@ -92,20 +98,28 @@ public:
         const ProbedField field = atspi.waitForField(editor);
         Typist typist(desktop_);
 
-        std::vector<double> toWire;
-        std::vector<double> toText;
-        for (int round = 0; round < rounds; ++round)
-            oneRound(round, atspi, field, typist, toWire, toText);
-
+        typist.type(QStringLiteral("a sentence"));
+        const double firstFrame = openChoice(veltrin.pid(), typist);
+        closeChoice(veltrin.pid(), typist);
         std::vector<double> toFrame;
         std::vector<double> toChoiceWire;
         for (int round = 0; round < rounds; ++round)
             choiceRound(round, veltrin.pid(), field, atspi, typist, toFrame, toChoiceWire);
+        typist.type(QStringLiteral("a sentence"));
+        for (int round = 0; round < openings; ++round) {
+            toFrame.push_back(openChoice(veltrin.pid(), typist));
+            closeChoice(veltrin.pid(), typist);
+        }
         const double standing = standingChoice(veltrin.pid(), typist);
 
         std::vector<double> toIcon;
         for (int round = 0; round < rounds; ++round)
             toIcon.push_back(iconRound(round, veltrin.pid(), field, atspi, typist));
+        std::vector<double> toWire;
+        std::vector<double> toText;
+        for (int round = 0; round < rounds; ++round)
+            oneRound(round, atspi, field, typist, toWire, toText);
+        const double thinking = thinkingPill(veltrin.pid(), typist);
 
         // At rest: the last pill is gone and the clipboard is back.
         typist.pause(3);
@@ -114,12 +128,14 @@ public:
         const double idle = (processorSeconds(veltrin.pid()) - used) / 5 * 100;
         return {{"third key-up to the request on the wire, median", median(toWire) * 1000, 100, "ms"},
                 {"answer to the text visible in the field, median", median(toText) * 1000, 60, "ms"},
-                {"first choice of the process on the screen", toFrame.front() * 1000, 120, "ms"},
-                {"decision to the choice on the screen, median",
-                 median({toFrame.begin() + 1, toFrame.end()}) * 1000, 20, "ms"},
+                {"first choice of the process on the screen", firstFrame * 1000, 120, "ms"},
+                {"decision to the choice on the screen, median", median(toFrame) * 1000, 20, "ms"},
+                {"decision to the choice on the screen, 99th percentile", percentile(toFrame, 0.99) * 1000,
+                 45, "ms"},
                 {"chosen key to the request on the wire, median", median(toChoiceWire) * 1000, 110, "ms"},
                 {"selection's end to its icon on the screen, median", median(toIcon) * 1000, 40, "ms"},
                 {"processor while the choice stands", standing, 2, "% of a core"},
+                {"processor while the model is waited for", thinking, 5, "% of a core"},
                 {"processor at rest", idle, 1, "% of a core"},
                 {"resident memory, the panels made", residentMegabytes(veltrin.pid()), 75, "MB"}};
     }
@@ -223,8 +239,31 @@ private:
         const double used = processorSeconds(program);
         typist.pause(5);
         const double standing = (processorSeconds(program) - used) / 5 * 100;
-        typist.chord(QStringLiteral("Escape"));
+        closeChoice(program, typist);
         return standing;
+    }
+    void closeChoice(pid_t program, Typist& typist) {
+        typist.pause(0.3);
+        typist.chord(QStringLiteral("Escape"));
+        if (!waitUntil(5, [&] { return !choice(program); })) throw std::runtime_error("the choice stays");
+    }
+    /// What is shown while the model thinks.
+    double thinkingPill(pid_t program, Typist& typist) {
+        service_.forget();
+        service_.setDefault(
+            ServiceBehaviours::slow(8, ServiceBehaviours::success(QStringLiteral("At last."))));
+        typist.chord(QStringLiteral("Ctrl+a"));
+        typist.type(QStringLiteral("a sentence"));
+        typist.pause(0.5);
+        typist.tapSpace(3, 0.1, tapHold);
+        if (!waitUntil(5, [&] { return !service_.requests().empty(); }))
+            throw std::runtime_error("nothing was asked");
+        typist.pause(1);
+        const double used = processorSeconds(program);
+        typist.pause(5);
+        const double thinking = (processorSeconds(program) - used) / 5 * 100;
+        typist.pause(4);
+        return thinking;
     }
 
     void writePreferences() {
@@ -256,7 +295,7 @@ int main(int argc, char** argv) {
         bool kept = true;
         for (const auto& [name, value, limit, unit] :
              veltrin::Bench(parser.value(program)).run(parser.value(rounds).toInt())) {
-            std::printf("%-52s %8.2f %s (limit %g)\n", name, value, unit, limit);
+            std::printf("%-56s %8.2f %s (limit %g)\n", name, value, unit, limit);
             kept = kept && value <= limit;
         }
         return kept || !parser.isSet(check) ? 0 : 1;

@@ -198,7 +198,7 @@ TEST(JsonReader, passesOverExactlyWhatItReads) {
         const auto compare = [&](const QString& each) {
             const QByteArray utf8 = each.toUtf8();
             const bool parses = Json::tryParse(utf8).has_value();
-            EXPECT_EQ(JsonReader(utf8).passDocument(), parses) << each.toStdString();
+            EXPECT_EQ(JsonReader::isDocument(utf8), parses) << each.toStdString();
             valid += parses ? 1 : 0;
         };
         compare(text);
@@ -222,7 +222,8 @@ TEST(JsonReader, tellsWhereTheTextWentWrongAndNotWhatItSays) {
         return QByteArray("none");
     };
     EXPECT_EQ(error(R"({"secret":1 2})"), "JSON syntax error at byte 12");
-    EXPECT_EQ(error(""), "JSON syntax error at byte 0");
+    EXPECT_EQ(error(""), "JSON syntax error");
+    EXPECT_EQ(error("\"secret"), "JSON syntax error") << "no text at all";
     EXPECT_EQ(error(nested(600)), "JSON nested deeper than 512 levels");
 }
 
