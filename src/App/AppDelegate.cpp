@@ -42,6 +42,9 @@ AppDelegate::AppDelegate(const Desktop& desktop, const Shared& shared)
                          desktop.runLoop, interferenceGuard_),
       reader_(desktop.accessibility, desktop.workspace, desktop.preferences, &clipboardFallback_),
       locator_(desktop.accessibility, desktop.workspace, desktop.screens),
+      smartSelectCopy_(desktop.workspace, desktop.pasteboard, pasteboardLoan_, desktop.keyPoster,
+                       desktop.runLoop, interferenceGuard_),
+      smartSelectReader_(desktop.accessibility, desktop.workspace, smartSelectCopy_),
       writeback_(desktop.accessibility, desktop.workspace, pasteboardLoan_, desktop.keyPoster,
                  desktop.runLoop, &clipboardFallback_),
       validator_(desktop.accessibility, desktop.workspace, shared.settings),
@@ -58,9 +61,14 @@ AppDelegate::AppDelegate(const Desktop& desktop, const Shared& shared)
                            shared.agents, shared.settings, shared.sounds, shared.data.history,
                            shared.data.prompts, expressions_}),
       gates_(shared.settings, appPolicy_),
+      smartSelect_({desktop.runLoop, desktop.mouseEventTaps, desktop.screens, shared.settings, appPolicy_,
+                    smartSelectReader_,
+                    shared.smartSelectSurface ? *shared.smartSelectSurface : smartSelectOverlay_}),
       authLinks_(desktop.preferences, [this] { showMainWindow(); }),
       quitShortcut_(desktop.keyEventTaps, desktop.runLoop, desktop.processControl) {
     authLinks_.account = shared_.account;
+    smartSelectCopy_.onBorrowed =
+        lifetime_.bind([this](bool isBorrowed) { shared_.data.clipboard.setPaused(isBorrowed); });
 }
 
 AppDelegate::~AppDelegate() = default;
@@ -76,6 +84,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     quitShortcut_.start();
     if (shared_.settings.hasCompletedOnboarding())
         debugPanel_.showPanel(QStringLiteral("Veltrin Ready"), std::nullopt, readySeconds);
+    smartSelect_.setupMouseSelectionMonitor();
     setupNotificationObservers();
     fillEngine();
     subscribeToSettings();
@@ -148,10 +157,10 @@ bool AppDelegate::isActionAvailable(CustomShortcutAction action) const {
     switch (action) {
         case CustomShortcutAction::optimize:
         case CustomShortcutAction::translation:
+        case CustomShortcutAction::smartSelect:
             return true;
         case CustomShortcutAction::drag:
             return shared_.presentMainWindow != nullptr;
-        case CustomShortcutAction::smartSelect:
         case CustomShortcutAction::voice:
             break;
     }
@@ -208,6 +217,8 @@ void AppDelegate::handleCustomShortcut(CustomShortcutAction action) {
             if (gates_.allows(Trigger::dragShortcut)) openDragWorkbench();
             break;
         case CustomShortcutAction::smartSelect:
+            if (gates_.allows(Trigger::smartSelectShortcut)) smartSelect_.handleShortcut();
+            break;
         case CustomShortcutAction::voice:
             break;
     }
@@ -236,13 +247,16 @@ bool AppDelegate::applicationShouldHandleReopen(bool) {
 
 bool AppDelegate::applicationShouldTerminate() {
     engine_.stop();
+    smartSelect_.stopMouseEventTap();
     return true;
 }
 
 void AppDelegate::applicationWillTerminate() {
     engine_.stop();
+    smartSelect_.stopMouseEventTap();
     quitShortcut_.stop();
     // The user's clipboard does not wait for a timer that will never fire.
+    smartSelectCopy_.giveBackPending();
     pasteboardLoan_.giveBackPending();
 }
 

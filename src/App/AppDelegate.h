@@ -8,6 +8,7 @@
 #include "App/OptimizeInteraction.h"
 #include "App/QuitShortcut.h"
 #include "App/SmartSelectOverlay.h"
+#include "App/SmartSelectTrigger.h"
 #include "App/TriggerGates.h"
 #include "Debug/MVPDebugPanel.h"
 #include "Engines/ExpressionRunner.h"
@@ -16,6 +17,7 @@
 #include "ExternalAccess/ExternalTextInputReader.h"
 #include "ExternalAccess/ExternalTextWriteback.h"
 #include "ExternalAccess/PermissionDiagnostics.h"
+#include "ExternalAccess/SmartSelectContentReader.h"
 #include "ExternalAccess/WritebackTargetValidator.h"
 #include "Foundation/Lifetime.h"
 #include "Foundation/NotificationCenter.h"
@@ -37,6 +39,7 @@ class ExpressionMemoryStore;
 class InteractionSoundPlayer;
 class ModelTasks;
 class OllamaClient;
+class SmartSelectSurface;
 class SystemLog;
 class UserBehaviorTracker;
 
@@ -62,6 +65,8 @@ public:
         std::function<void()> presentMainWindow{};
         AuthLinks::Account account{};
         std::function<void()> registerFonts{};
+        /// Stands beside selections in place of the program's own overlay.
+        SmartSelectSurface* smartSelectSurface = nullptr;
     };
 
     AppDelegate(const Desktop& desktop, const Shared& shared);
@@ -88,6 +93,8 @@ public:
     ActiveInteraction& activeInteraction() { return activeInteraction_; }
     OptimizeInteraction& optimizeInteraction() { return optimize_; }
     SmartSelectOverlay& smartSelectOverlay() { return smartSelectOverlay_; }
+    /// The overlay for drops attaches itself here.
+    SmartSelectTrigger& smartSelectTrigger() { return smartSelect_; }
 
 private:
     void startDiagnostics();
@@ -115,6 +122,8 @@ private:
     ExternalTextClipboardFallback clipboardFallback_;
     ExternalTextInputReader reader_;
     ExternalTextInputLocator locator_;
+    SmartSelectClipboardCopy smartSelectCopy_;
+    SmartSelectContentReader smartSelectReader_;
     ExternalTextWriteback writeback_;
     WritebackTargetValidator validator_;
     ExpressionRunner expressions_;
@@ -125,6 +134,7 @@ private:
     ActiveInteraction activeInteraction_;
     SmartSelectOverlay smartSelectOverlay_;
     TriggerGates gates_;
+    SmartSelectTrigger smartSelect_;
     AuthLinks authLinks_;
     QuitShortcut quitShortcut_;
     std::vector<Subscription> notificationObservers_;

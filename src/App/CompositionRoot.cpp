@@ -24,6 +24,7 @@
 #include "Platform/Linux/SingleInstance.h"
 #include "Platform/Linux/X11/X11KeyEventTaps.h"
 #include "Platform/Linux/X11/X11KeyPoster.h"
+#include "Platform/Linux/X11/X11MouseEventTaps.h"
 #include "Platform/Linux/X11/X11Pasteboard.h"
 #include "Platform/Linux/X11/X11Screens.h"
 #include "Platform/Linux/X11/X11Windows.h"
@@ -80,8 +81,11 @@ struct CompositionRoot::Objects {
     X11Screens screens{*connection};
     X11Pasteboard pasteboard;
     X11KeyEventTaps keyEventTaps{runLoop};
-    SessionLock sessionLock{QDBusConnection::sessionBus(), QDBusConnection::systemBus(),
-                            [this](bool locked) { keyEventTaps.setSilent(locked); }};
+    X11MouseEventTaps mouseEventTaps{runLoop};
+    SessionLock sessionLock{QDBusConnection::sessionBus(), QDBusConnection::systemBus(), [this](bool locked) {
+                                keyEventTaps.setSilent(locked);
+                                mouseEventTaps.setSilent(locked);
+                            }};
     X11TopLevelWindows topLevelWindows;
     AtSpiAccessibility accessibility{&topLevelWindows};
     FieldInspector inspector{accessibility};
@@ -109,8 +113,8 @@ struct CompositionRoot::Objects {
     PulseSoundOutput soundOutput;
     InteractionSoundPlayer sounds{runLoop, soundOutput, settings};
     AppDelegate delegate{
-        Desktop{runLoop, keyEventTaps, keyPoster, accessibility, pasteboard, workspace, screens, preferences,
-                httpClient, floatingPanels, processControl, environment},
+        Desktop{runLoop, keyEventTaps, mouseEventTaps, keyPoster, accessibility, pasteboard, workspace,
+                screens, preferences, httpClient, floatingPanels, processControl, environment},
         AppDelegate::Shared{settings,
                             notifications,
                             client,

@@ -21,7 +21,18 @@ void ClipboardStore::startMonitoring() {
     timer_ = runLoop_.every(pollSeconds, [this] { checkPasteboard(); });
 }
 
+void ClipboardStore::setPaused(bool paused) {
+    if (paused == isPaused_) return;
+    isPaused_ = paused;
+    const qint64 count = pasteboard_.changeCount();
+    if (paused)
+        hasNewsFromBefore_ = count != lastChangeCount_;
+    else if (!hasNewsFromBefore_)
+        lastChangeCount_ = count;
+}
+
 void ClipboardStore::checkPasteboard() {
+    if (isPaused_) return;
     const qint64 count = pasteboard_.changeCount();
     if (count == lastChangeCount_) return;
     lastChangeCount_ = count;

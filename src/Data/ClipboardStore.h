@@ -40,6 +40,9 @@ public:
 
     /// Called once, by the launch; runs until the process ends.
     void startMonitoring();
+    /// Paused, it looks at nothing: what lies on the pasteboard is not the user's copy but this program's
+    /// doing. What stands there when the pause ends counts as what stood there before it.
+    void setPaused(bool paused);
     /// The button that takes what stands on the pasteboard now.
     void pasteFromClipboard();
     /// Puts the trimmed text first; an empty one, and the one that was added last, does nothing.
@@ -61,6 +64,8 @@ private:
     StoredRecords<ClipboardEntry> records_;
     qint64 lastChangeCount_;
     QString lastAddedText_;  ///< empty at each launch, so the first text is never a repeat
+    bool isPaused_ = false;
+    bool hasNewsFromBefore_ = false;  ///< the pause began before the user's last copy was taken
     Timer timer_;
 };
 

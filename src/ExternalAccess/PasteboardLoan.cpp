@@ -14,6 +14,7 @@ constexpr int giveBackAttempts = 2;
 }  // namespace
 
 std::optional<RememberedPasteboard> PasteboardLoan::remember() const {
+    if (beforeRemembering) beforeRemembering();
     const PasteboardString before = pasteboard_.string();
     if (before.status == PasteboardString::Status::unanswered) return std::nullopt;
     return RememberedPasteboard{before.value(), before.isSecret};

@@ -5,6 +5,7 @@
 
 #include <QString>
 
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -31,6 +32,9 @@ public:
     /// None when the pasteboard's owner does not answer: it may hold the user's text, which could not be
     /// given back, so the pasteboard must be left alone.
     std::optional<RememberedPasteboard> remember() const;
+    /// Called before anything is remembered, so that whoever has something on the pasteboard for a moment by
+    /// another way gives the user's back first; may be empty.
+    std::function<void()> beforeRemembering;
 
     /// Empties the pasteboard for a copy to come; the change count of the empty pasteboard.
     qint64 empty();

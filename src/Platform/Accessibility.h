@@ -49,6 +49,9 @@ enum class AXAttribute {
     position,           ///< point
     size,               ///< size
     focused,            ///< bool
+    children,           ///< list of elements; these three are looked through by `copyTree`
+    contents,           ///< list of elements
+    selectedChildren,   ///< list of elements
 };
 
 /// A user-interface element of some application, held as long as somebody wants it. It may be gone over
@@ -75,6 +78,23 @@ struct AXResult {
     AXResult(AXError code) : error(code) {}
     AXResult(T good) : error(AXError::success), value(std::move(good)) {}
     bool ok() const { return error == AXError::success; }
+};
+
+/// How far a look at what is below an element goes.
+struct AXTreeLimits {
+    int depth = 0;     ///< levels below the element
+    int children = 0;  ///< the first ones that count of each list of an element
+    int elements = 0;  ///< in all, since depth and children alone leave room for millions
+};
+
+/// An element with what is below it, list by list.
+struct AXTree {
+    AXElementRef element;
+    /// False when no text is selected in the element itself for sure.
+    bool mayHaveSelectedText = true;
+    std::vector<AXTree> children;
+    std::vector<AXTree> contents;
+    std::vector<AXTree> selectedChildren;
 };
 
 /// Accessibility of all applications. Synchronous, main thread; a call into an application that hangs costs a
@@ -108,6 +128,13 @@ public:
             values.push_back(copyAttributeValue(element, attribute));
         return values;
     }
+    /// What is below an element, in one question, so that an adapter can ask many elements at a time. What
+    /// did not answer in time is missing. An adapter that knows an element's selected children and contents
+    /// to be among its children leaves those lists empty.
+    virtual AXTree copyTree(const AXElementRef& element, const AXTreeLimits& limits) {
+        int left = limits.elements - 1;
+        return copyTree(element, limits, limits.depth, left);
+    }
     virtual AXResult<AXValue> copyParameterizedAttributeValue(const AXElementRef& element,
                                                               AXAttribute attribute,
                                                               const AXValue& parameter) = 0;
@@ -116,6 +143,27 @@ public:
     virtual AXError setAttributeValue(const AXElementRef& element, AXAttribute attribute,
                                       const AXValue& value) = 0;
     virtual AXResult<bool> isAttributeSettable(const AXElementRef& element, AXAttribute attribute) = 0;
+
+private:
+    AXTree copyTree(const AXElementRef& element, const AXTreeLimits& limits, int depth, int& left) {
+        AXTree tree;
+        tree.element = element;
+        if (depth <= 0) return tree;
+        const auto fill = [&](AXAttribute attribute, std::vector<AXTree>& list) {
+            const AXResult<AXValue> read = copyAttributeValue(element, attribute);
+            const auto* elements = std::get_if<std::vector<AXElementRef>>(&read.value);
+            if (!read.ok() || !elements) return;
+            for (const AXElementRef& child : *elements) {
+                if (std::ssize(list) >= limits.children || left <= 0) return;
+                --left;
+                if (child) list.push_back(copyTree(child, limits, depth - 1, left));
+            }
+        };
+        fill(AXAttribute::children, tree.children);
+        fill(AXAttribute::contents, tree.contents);
+        fill(AXAttribute::selectedChildren, tree.selectedChildren);
+        return tree;
+    }
 };
 
 }  // namespace veltrin

@@ -4,6 +4,7 @@ namespace veltrin {
 
 class RunLoop;
 class KeyEventTaps;
+class MouseEventTaps;
 class KeyPoster;
 class Accessibility;
 class Pasteboard;
@@ -19,6 +20,7 @@ class SystemEnvironment;
 struct Desktop {
     RunLoop& runLoop;
     KeyEventTaps& keyEventTaps;
+    MouseEventTaps& mouseEventTaps;
     KeyPoster& keyPoster;
     Accessibility& accessibility;
     Pasteboard& pasteboard;

@@ -147,6 +147,13 @@ AXResult<AXValue> FakeAccessibility::readWindow(const FakeApplication& applicati
             return AXValue(window.frame.size());
         case AXAttribute::focused:
             return AXValue(application.activeWindow == &window);
+        case AXAttribute::children: {
+            std::vector<AXElementRef> fields;
+            for (const auto& field : window.fields) {
+                if (field->exists) fields.push_back(elementOf(*field));
+            }
+            return AXValue(std::move(fields));
+        }
         default:
             return AXError::attributeUnsupported;
     }

@@ -14,13 +14,14 @@ FakeDesktop::FakeDesktop() {
 FakeDesktop::~FakeDesktop() = default;
 
 Desktop FakeDesktop::desktop() {
-    return {runLoop, keyEventTaps, keyPoster,  accessibility,  pasteboard,     workspace,
-            screens, preferences,  httpClient, floatingPanels, processControl, environment};
+    return {runLoop, keyEventTaps, mouseEventTaps, keyPoster,      accessibility,  pasteboard, workspace,
+            screens, preferences,  httpClient,     floatingPanels, processControl, environment};
 }
 
 void FakeDesktop::forgetRecords() {
     std::erase_if(floatingPanels.records, [](const auto& record) { return record->closed; });
     std::erase_if(keyEventTaps.taps, [](const auto& tap) { return !tap->exists; });
+    std::erase_if(mouseEventTaps.taps, [](const auto& tap) { return !tap->exists; });
     log.entries.clear();
     keyPoster.records.clear();
     preferences.writes.clear();

@@ -5,6 +5,7 @@
 #include "support/fake/FakeFloatingPanels.h"
 #include "support/fake/FakeHttpClient.h"
 #include "support/fake/FakeKeyPoster.h"
+#include "support/fake/FakeMouse.h"
 #include "support/fake/FakePreferences.h"
 #include "support/fake/FakeProcessControl.h"
 #include "support/fake/FakeScreens.h"
@@ -74,6 +75,8 @@ public:
     FakeAccessibility accessibility{runLoop, workspace, log};
     FakeKeyPoster keyPoster{runLoop, workspace, keyboard, accessibility, log};
     FakeScreens screens;
+    FakeMouseEventTaps mouseEventTaps{runLoop};
+    FakeMouse mouse{runLoop, mouseEventTaps, screens};
     FakePreferences preferences;
     FakeHttpClient httpClient;
     FakeFloatingPanels floatingPanels{runLoop, log};

@@ -42,9 +42,10 @@ void SimulatedVeltrin::launch() {
     sounds_.emplace(desktop.runLoop, desktop.soundOutput, settings());
     analytics_.emplace(settings());
     delegate_ = std::make_unique<AppDelegate>(
-        desktop.desktop(), AppDelegate::Shared{settings(), notifications, *client_, expressionMemory_,
-                                               behaviors_, *data_, *tasks_, *agents_, *sounds_, systemLog,
-                                               *analytics_, presentMainWindow, account, registerFonts});
+        desktop.desktop(),
+        AppDelegate::Shared{settings(), notifications, *client_, expressionMemory_, behaviors_, *data_,
+                            *tasks_, *agents_, *sounds_, systemLog, *analytics_, presentMainWindow, account,
+                            registerFonts, smartSelectSurface});
     delegate_->applicationDidFinishLaunching();
     desktop.runLoop.runDue();
 }

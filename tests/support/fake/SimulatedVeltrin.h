@@ -80,6 +80,7 @@ public:
     std::function<void()> presentMainWindow;
     AuthLinks::Account account;
     std::function<void()> registerFonts;
+    SmartSelectSurface* smartSelectSurface = nullptr;
 
     FakeDesktop desktop;
     FakeSystemLog systemLog;

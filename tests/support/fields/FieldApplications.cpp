@@ -78,11 +78,33 @@ AXElementRef focusedElement(Accessibility& accessibility, qint32 process) {
     return result.ok() && element ? *element : nullptr;
 }
 
+QStringList chromiumCommand(RealDesktop& desktop, const QString& url) {
+    // As root it has no sandbox.
+    return {u"chromium"_s,
+            u"--no-sandbox"_s,
+            u"--user-data-dir="_s + desktop.file(u"chromium"_s),
+            u"--no-first-run"_s,
+            u"--no-default-browser-check"_s,
+            u"--disable-gpu"_s,
+            u"--disable-quic"_s,
+            u"--disable-background-networking"_s,
+            u"--disable-component-update"_s,
+            u"--disable-sync"_s,
+            u"--disable-dev-shm-usage"_s,
+            u"--password-store=basic"_s,
+            u"--window-size=700,640"_s,
+            u"--window-position=40,40"_s,
+            u"--app="_s + url};
+}
+
 FieldApplication::FieldApplication(const QString& name, ExternalTextDesktop& text, RealDesktop& desktop,
                                    AtSpiProbe& probe)
     : name_(name), text_(text), desktop_(desktop), probe_(probe) {
     if (name == u"mousepad") {
         program_ = std::make_unique<Program>(Program::mousepad(desktop));
+        addProbed();
+    } else if (name == u"gedit") {
+        program_ = std::make_unique<Program>(Program::gedit(desktop));
         addProbed();
     } else if (name == u"gnome-text-editor") {
         program_ = std::make_unique<Program>(Program::gnomeTextEditor(desktop));
@@ -144,13 +166,7 @@ void FieldApplication::addPage() {
 
 void FieldApplication::startChromium() {
     page_ = std::make_unique<PageServer>();
-    // As root it has no sandbox. Nothing here goes to the network.
-    begin({u"chromium"_s, u"--no-sandbox"_s, u"--user-data-dir="_s + desktop_.file(u"chromium"_s),
-           u"--no-first-run"_s, u"--no-default-browser-check"_s, u"--disable-gpu"_s, u"--disable-quic"_s,
-           u"--disable-background-networking"_s, u"--disable-component-update"_s, u"--disable-sync"_s,
-           u"--disable-dev-shm-usage"_s, u"--password-store=basic"_s, u"--window-size=700,640"_s,
-           u"--window-position=40,40"_s, u"--app="_s + page_->url()},
-          u"chromium"_s);
+    begin(chromiumCommand(desktop_, page_->url()), u"chromium"_s);
     addPage();
 }
 

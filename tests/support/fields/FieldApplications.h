@@ -12,9 +12,9 @@ namespace veltrin {
 /// One foreign application on a test desktop, started once, with the fields of it that tests work on.
 class FieldApplication {
 public:
-    /// By its name: "mousepad", "gnome-text-editor", "qt-widgets", "qt-quick", "chromium", "firefox",
-    /// "libreoffice-writer", "xterm", "lxterminal". Returns when its window is active and its fields can be
-    /// set. Throws std::runtime_error when it does not come up.
+    /// By its name: "mousepad", "gedit", "gnome-text-editor", "qt-widgets", "qt-quick", "chromium",
+    /// "firefox", "libreoffice-writer", "xterm", "lxterminal". Returns when its window is active and its
+    /// fields can be set. Throws std::runtime_error when it does not come up.
     FieldApplication(const QString& name, ExternalTextDesktop& text, RealDesktop& desktop, AtSpiProbe& probe);
     FieldApplication(const FieldApplication&) = delete;
     FieldApplication& operator=(const FieldApplication&) = delete;
@@ -44,6 +44,9 @@ private:
     std::unique_ptr<Program> program_;
     std::map<QString, std::unique_ptr<FieldDriver>> fields_;
 };
+
+/// Starts Chromium with a window of a fixed place and size on one page. Nothing goes to the network.
+QStringList chromiumCommand(RealDesktop& desktop, const QString& url);
 
 /// The element that has the focus in a process, by the adapter; null when there is none.
 AXElementRef focusedElement(Accessibility& accessibility, qint32 process);

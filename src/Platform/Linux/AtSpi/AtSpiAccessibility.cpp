@@ -5,6 +5,7 @@
 #include "Platform/Linux/AtSpi/ObjectReading.h"
 #include "Platform/Linux/AtSpi/PlacedRectangle.h"
 #include "Platform/Linux/AtSpi/TextAccess.h"
+#include "Platform/Linux/AtSpi/TreeReading.h"
 #include "Platform/Linux/TopLevelWindows.h"
 
 #include <QCoreApplication>
@@ -193,6 +194,35 @@ std::vector<AXResult<AXValue>> AtSpiAccessibility::copyAttributeValues(
     if (!target || target->kind() != AtSpiElement::Kind::object || asksForPlace)
         return Accessibility::copyAttributeValues(element, attributes);
     return ofObject(*target, attributes);
+}
+
+AXTree AtSpiAccessibility::copyTree(const AXElementRef& element, const AXTreeLimits& limits) {
+    AXTree nothing;
+    nothing.element = element;
+    nothing.mayHaveSelectedText = false;
+    const AtSpiElement* target = own(element);
+    // Our own windows are never asked over the bus.
+    if (!target || target->kind() == AtSpiElement::Kind::application || isThisProcess(target->process()))
+        return nothing;
+    const qint32 process = target->process();
+    QString title;
+    bool isActive = false;
+    if (target->kind() == AtSpiElement::Kind::window) {
+        const auto window = windows_ ? windows_->window(target->windowId()) : std::nullopt;
+        if (!window) return nothing;
+        title = window->title;
+        const auto active = windows_->activeWindow(process);
+        isActive = active && active->id == window->id;
+    }
+    const auto found = worker_->ask<AXTree>(
+        [=, object = target->address()](Room& room, Conversation& conversation) -> AXResult<AXTree> {
+            if (!object.isNull())
+                return AtSpi::readTree(object, process, limits, room.directory, conversation);
+            const auto top = AtSpi::topLevelObject(process, title, isActive, room.directory, conversation);
+            if (!top) return AXError::noValue;
+            return AtSpi::readTree(*top, process, limits, room.directory, conversation);
+        });
+    return found.ok() ? found.value : nothing;
 }
 
 AXResult<QRectF> AtSpiAccessibility::frame(const AtSpiElement& object) {

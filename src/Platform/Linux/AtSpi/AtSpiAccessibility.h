@@ -38,6 +38,8 @@ public:
     AXResult<AXValue> copyAttributeValue(const AXElementRef& element, AXAttribute attribute) override;
     std::vector<AXResult<AXValue>> copyAttributeValues(const AXElementRef& element,
                                                        const std::vector<AXAttribute>& attributes) override;
+    /// Of windows and objects; the lists come with the tree only, not as attributes.
+    AXTree copyTree(const AXElementRef& element, const AXTreeLimits& limits) override;
     AXResult<AXValue> copyParameterizedAttributeValue(const AXElementRef& element, AXAttribute attribute,
                                                       const AXValue& parameter) override;
     AXError setAttributeValue(const AXElementRef& element, AXAttribute attribute,

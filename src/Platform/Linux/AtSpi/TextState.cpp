@@ -17,6 +17,23 @@ struct PendingText {
     Pending text, count, caret, selections, selection;
 };
 
+/// Whether Chromium would stand still over a question about a selection in one of these: that takes it a
+/// second for five thousand children, and its windows with it. The count comes at once.
+bool haveTooManyChildren(const std::vector<ObjectAddress>& objects, Toolkit toolkit,
+                         Conversation& conversation) {
+    if (toolkit != Toolkit::chromium) return false;
+    std::vector<Pending> counts;
+    counts.reserve(objects.size());
+    for (const ObjectAddress& object : objects)
+        counts.push_back(conversation.property(object, Name::accessible, "ChildCount"));
+    bool isAny = false;
+    for (Pending& pending : counts) {
+        const Reply count = conversation.reply(std::move(pending));
+        isAny = isAny || (count.ok() && count.number() > mostChildrenAsked);
+    }
+    return isAny;
+}
+
 PendingText askText(const ObjectAddress& object, Conversation& conversation) {
     return {conversation.call(object, Name::text, "GetText", {0, -1}),
             conversation.property(object, Name::text, "CharacterCount"),
@@ -61,6 +78,7 @@ bool load(Block& block, int depth, std::size_t& budget, Toolkit toolkit, Convers
     if (places == 0) return true;
     const auto children = conversation.ask(block.object, Name::accessible, "GetChildren").objects();
     if (depth >= deepest || children.size() > budget) return false;
+    if (haveTooManyChildren(children, toolkit, conversation)) return false;
     budget -= children.size();
     std::vector<std::pair<Pending, PendingText>> questions;
     for (const ObjectAddress& child : children) {
@@ -210,6 +228,7 @@ bool TextState::shows(const OffsetRange& range) const {
 
 AXResult<TextState> readOwnTextState(const ObjectAddress& object, Toolkit toolkit,
                                      Conversation& conversation) {
+    if (haveTooManyChildren({object}, toolkit, conversation)) return AXError::cannotComplete;
     return takeText(askText(object, conversation), toolkit, conversation);
 }
 

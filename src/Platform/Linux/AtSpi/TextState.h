@@ -13,6 +13,9 @@ struct TextPiece {
     qint64 length = 0;
 };
 
+/// An object of Chromium's with more children than this is not asked about a selection.
+inline constexpr qint64 mostChildrenAsked = 500;
+
 /// The text of a field with its selection.
 struct TextState {
     TextOffsets offsets;
