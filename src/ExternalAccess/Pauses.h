@@ -5,6 +5,7 @@
 #include <coroutine>
 #include <list>
 #include <memory>
+#include <utility>
 
 namespace veltrin {
 
@@ -52,11 +53,12 @@ public:
     Awaiter pause(double seconds) { return {*this, seconds}; }
 
 private:
-    void resume(std::shared_ptr<Waiting> waiting, bool isOver) {
-        waiting_.remove(waiting);
-        waiting->timer.invalidate();
+    void resume(const std::shared_ptr<Waiting>& waiting, bool isOver) {
         waiting->isOver = isOver;
-        waiting->coroutine.resume();
+        const auto coroutine = waiting->coroutine;
+        const Timer ending = std::move(waiting->timer);
+        waiting_.remove(waiting);  // and with it, it may be, what was named here
+        coroutine.resume();
     }
 
     RunLoop& runLoop_;

@@ -23,6 +23,7 @@ bool haveTooManyChildren(const std::vector<ObjectAddress>& objects, Toolkit tool
                          Conversation& conversation) {
     if (toolkit != Toolkit::chromium) return false;
     std::vector<Pending> counts;
+    counts.reserve(objects.size());
     for (const ObjectAddress& object : objects)
         counts.push_back(conversation.property(object, Name::accessible, "ChildCount"));
     bool isAny = false;
