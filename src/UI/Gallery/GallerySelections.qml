@@ -15,7 +15,6 @@ Rectangle {
     component Popup: SmartSelectPopup {
         width: 300
         height: 244
-        theme: selections.theme
         title: L.t("已选中", "Selected")
         recognizerName: L.t("对话识别", "Chat reader")
         agentName: L.t("评论回复", "Comment replies")
@@ -38,9 +37,11 @@ Rectangle {
             theme: selections.theme
         }
         Popup {
+            theme: selections.theme
             subtitle: L.t("对话 · 58 字", "Chat · 123 characters")
         }
         Popup {
+            theme: selections.theme
             stage: SmartSelectPopup.Thinking
             title: L.t("思考中", "Thinking")
             subtitle: L.t("对话 · 58 字", "Chat · 123 characters")
@@ -48,6 +49,7 @@ Rectangle {
             agentColorHex: "#C4B5FD"
         }
         Popup {
+            theme: selections.theme
             stage: SmartSelectPopup.Result
             tone: TextPanel.Success
             title: L.t("思考结果", "Result")
@@ -56,6 +58,7 @@ Rectangle {
                       "Friday works for me, so I will keep tomorrow at three free. I will have read the papers by Thursday and bring up any questions early.\nPlease post the room once it is booked, thanks!")
         }
         Popup {
+            theme: selections.theme
             stage: SmartSelectPopup.Failure
             tone: TextPanel.Failure
             subtitle: L.t("需要处理", "Needs attention")

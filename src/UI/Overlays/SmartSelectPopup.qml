@@ -36,9 +36,10 @@ PanelCard {
     Accessible.description: subtitle
 
     component ActionButton: VtButton {
-        width: implicitWidth + actions.spare / 3
+        property real spare: 0
+
+        width: implicitWidth + spare
         focusable: false
-        theme: popup.theme
     }
 
     function act(action: int): void { if (!dragged) acted(action) }
@@ -236,16 +237,21 @@ PanelCard {
         y: parent.height - 12 - 32
         width: parent.width - 28
         spacing: VtTheme.gap
-        readonly property real spare: width - 2 * spacing - save.implicitWidth - reply.implicitWidth - organize.implicitWidth
+        readonly property real needed: save.implicitWidth + reply.implicitWidth + organize.implicitWidth
+        readonly property real spare: (width - 2 * spacing - needed) / 3
 
         ActionButton {
             id: save
+            theme: popup.theme
+            spare: actions.spare
             text: L.t("入库", "Save")
             symbol: "square.and.arrow.down"
             onClicked: popup.act(SmartSelectPopup.Save)
         }
         ActionButton {
             id: reply
+            theme: popup.theme
+            spare: actions.spare
             kind: VtButton.Primary
             enabled: !popup.thinking
             text: L.t("回复", "Reply")
@@ -254,6 +260,8 @@ PanelCard {
         }
         ActionButton {
             id: organize
+            theme: popup.theme
+            spare: actions.spare
             enabled: !popup.thinking
             text: L.t("整理", "Organize")
             symbol: "text.badge.checkmark"

@@ -1,6 +1,7 @@
 // The whole program on a desktop of its own, measured from outside: from the last tap to the request on the
 // wire, from the answer to the text in the field, from two taps to the choice on the screen and from its key
-// to the request, and the program's processor time and memory at rest.
+// to the request, from the end of a selection to its icon on the screen, and the program's processor time and
+// memory at rest.
 //
 //   veltrin_road_bench --program FILE [--rounds N] [--check]
 //
@@ -35,6 +36,9 @@ constexpr double tapHold = 0.03;
 /// How long two taps wait for a third one, by the stored default.
 constexpr double tailInterval = 0.22;
 constexpr QSize choiceSize(310, 248);
+/// How long a selection by a drag is left alone before it is looked at.
+constexpr double dragDelay = 0.5;
+constexpr QSize iconSize(58, 58);
 /// Beside the rounds in which something is chosen.
 constexpr int openings = 80;
 
@@ -108,6 +112,9 @@ public:
         }
         const double standing = standingChoice(veltrin.pid(), typist);
 
+        std::vector<double> toIcon;
+        for (int round = 0; round < rounds; ++round)
+            toIcon.push_back(iconRound(round, veltrin.pid(), field, atspi, typist));
         std::vector<double> toWire;
         std::vector<double> toText;
         for (int round = 0; round < rounds; ++round)
@@ -126,6 +133,7 @@ public:
                 {"decision to the choice on the screen, 99th percentile", percentile(toFrame, 0.99) * 1000,
                  45, "ms"},
                 {"chosen key to the request on the wire, median", median(toChoiceWire) * 1000, 110, "ms"},
+                {"selection's end to its icon on the screen, median", median(toIcon) * 1000, 40, "ms"},
                 {"processor while the choice stands", standing, 2, "% of a core"},
                 {"processor while the model is waited for", thinking, 5, "% of a core"},
                 {"processor at rest", idle, 1, "% of a core"},
@@ -154,12 +162,13 @@ private:
         typist.pause(0.8);
     }
 
-    /// The choice's window when it is on the screen; nothing else.
-    std::optional<QRect> choice(pid_t program) {
+    std::optional<QRect> choice(pid_t program) { return panel(program, choiceSize); }
+    /// The program's window of that size when it is on the screen.
+    std::optional<QRect> panel(pid_t program, QSize size) {
         for (const xcb_window_t window : desktop_.x().rootChildren()) {
             if (desktop_.x().processOf(window) != program) continue;
             const QRect geometry = desktop_.x().geometry(window);
-            if (geometry.size() == choiceSize) return geometry;
+            if (geometry.size() == size) return geometry;
         }
         return std::nullopt;
     }
@@ -197,6 +206,32 @@ private:
             throw std::runtime_error("a round was not rewritten");
         toWire.push_back(service_.requests().front().arrival - pressed.back());
         typist.pause(0.8);
+    }
+    /// Seconds from the button's release to the icon's first frame, beyond the delay that is meant.
+    double iconRound(int round, pid_t program, const ProbedField& field, AtSpiProbe& atspi, Typist& typist) {
+        typist.chord(QStringLiteral("Ctrl+a"));
+        typist.type(QStringLiteral("alpha bravo charlie delta"));
+        typist.pause(0.5);
+        const QRect words = atspi.rangeExtents(field, 0, 12 + round % 8);
+        typist.moveMouse({words.left() + 1, words.center().y()});
+        typist.pressButton();
+        typist.pause(0.05);
+        typist.moveMouse(words.center());
+        typist.pause(0.02);
+        typist.moveMouse({words.right(), words.center().y()});
+        typist.pause(0.05);
+        const double released = monotonicSeconds();
+        typist.releaseButton();
+        if (!waitUntil(10, [&] {
+                const auto icon = panel(program, iconSize);
+                return icon && desktop_.x().pixel(icon->topLeft() + QPoint(29, 12)).saturation() > 100;
+            }))
+            throw std::runtime_error("no icon came");
+        const double shown = monotonicSeconds();
+        // Outside, which sends it away.
+        typist.click({words.left() + 1, words.center().y()});
+        typist.pause(0.9);
+        return shown - released - dragDelay;
     }
     double standingChoice(pid_t program, Typist& typist) {
         openChoice(program, typist);

@@ -140,7 +140,8 @@ TEST_F(SmartSelectOnTheWire, aPopupThatGoesMeanwhileTakesNothingWithIt) {
     desktop.floatingPanels.act(PanelKind::selectionPopup, PanelAction::reply);
     ASSERT_TRUE(runUntil([&] { return !service.requests().empty(); }));
     overlay.reset();
-    runFor(0.5);
+    ASSERT_TRUE(runUntil([&] { return log.hasStartingWith(u"OutputContract stage=primary "_s); }));
+    runFor(0.05);
     EXPECT_EQ(desktop.pasteboard.string().text, u"mine"_s);
 }
 
