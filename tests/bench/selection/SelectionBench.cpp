@@ -70,7 +70,7 @@ public:
             const AXElementRef focused = focusedElement(world_.text.accessibility, process);
             return focused ? world_.text.accessibility.copyTree(focused, pageLimits) : AXTree{};
         };
-        if (!waitUntil(60, [&] { return sizeOf(tree()) > 200; }))
+        if (!waitUntil(60, [&] { return sizeOf(tree()) > 100; }))
             throw std::runtime_error("the page does not show itself");
         const AXElementRef focused = focusedElement(world_.text.accessibility, process);
         report(u"chromium"_s, "search of a page of 5,000 paragraphs, median of 21", 60, [&] {
@@ -108,7 +108,10 @@ private:
         const auto before = world_.surface.shown.size();
         double shown = 0;
         world_.surface.onShown = [&] { shown = monotonicSeconds(); };
+        // What is selected still would be dragged along.
         const QPoint from(text.left() + 1, text.center().y());
+        typist_.whileLoopRuns([&](Typist& hand) { hand.click(from + QPoint(0, 60)); });
+        runEventLoopFor(0.5);
         const double released = dragThrough(typist_, {from, from + QPoint(pixels, 0)});
         if (!eventually(shownSeconds, [&] { return world_.surface.shown.size() > before; }))
             throw std::runtime_error("no icon came");
