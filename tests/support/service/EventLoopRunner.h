@@ -19,7 +19,7 @@ inline bool runUntil(const std::function<bool()>& condition, double seconds = 10
     QTimer tick;
     tick.setTimerType(Qt::PreciseTimer);
     QObject::connect(&tick, &QTimer::timeout, &loop, [&] {
-        if (condition() || clock.elapsed() > seconds * 1e3) loop.quit();
+        if (condition() || clock.hasExpired(static_cast<qint64>(seconds * 1e3))) loop.quit();
     });
     tick.start(1);
     if (!condition()) loop.exec();
@@ -30,7 +30,7 @@ inline bool runUntil(const std::function<bool()>& condition, double seconds = 10
 inline void runFor(double seconds) {
     QElapsedTimer clock;
     clock.start();
-    runUntil([&] { return clock.elapsed() >= seconds * 1e3; }, seconds + 1);
+    runUntil([&] { return clock.hasExpired(static_cast<qint64>(seconds * 1e3)); }, seconds + 1);
 }
 
 /// Runs the event loop until the task ends, by value or by error.
