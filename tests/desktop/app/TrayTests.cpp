@@ -48,8 +48,10 @@ public:
         : bus_(QDBusConnection::connectToBus(address, QStringLiteral("tray"))) {
         watcher_.moveToThread(&thread_);
         thread_.start();
-        EXPECT_TRUE(bus_.registerObject(QStringLiteral("/StatusNotifierWatcher"), &watcher_,
-                                        QDBusConnection::ExportScriptableContents));
+        // Not what relays signals, which would become a child of it from this thread.
+        EXPECT_TRUE(bus_.registerObject(
+            QStringLiteral("/StatusNotifierWatcher"), &watcher_,
+            QDBusConnection::ExportScriptableSlots | QDBusConnection::ExportScriptableProperties));
         EXPECT_TRUE(bus_.registerService(watcherName));
     }
     ~Tray() {
@@ -145,6 +147,8 @@ TEST_F(TrayTest, theProgramHasAnItemWithAPictureAndAName) {
     QByteArray bytes;
     pictures.beginStructure();
     pictures >> width >> height >> bytes;
+    pictures.endStructure();
+    pictures.endArray();
     EXPECT_EQ(bytes.size(), width * height * 4);
     EXPECT_GE(width, 16);
     EXPECT_NE(bytes.count('\0'), bytes.size());
