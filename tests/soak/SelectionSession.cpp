@@ -16,6 +16,8 @@ constexpr double lookSeconds = 30;
 constexpr double afterGesture = 0.65;
 /// From a first press to the last release, so that they are a double click for everybody.
 constexpr double quickly = 0.3;
+/// A person takes longer for a drag.
+constexpr double quickDrag = 0.2;
 /// In which the same selection is no new one.
 constexpr double repeatSeconds = 0.9;
 constexpr int textWidth = 320;
@@ -57,18 +59,21 @@ void SelectionTally::add(const SelectionTally& other) {
     late += other.late;
     refused += other.refused;
     untold += other.untold;
+    missed += other.missed;
 }
 
 QString SelectionTally::told() const {
     return u"%1 selections looked at, %2 shown, %3 with nothing to show, %4 right at the second look, "
-           "%5 not tried for want of an answer, %6 copy keys (%7 of them where accessibility should have told); %8 clicks not looked at"_s
-               .arg(looks)
+           "%5 not tried for want of an answer, %6 copy keys (%7 of them where accessibility should have "
+           "told); %8 drags missed; %9 clicks not "
+           "looked at"_s.arg(looks)
                .arg(shown)
                .arg(nothing)
                .arg(late)
                .arg(refused)
                .arg(copies)
                .arg(untold)
+               .arg(missed)
                .arg(clicks);
 }
 
@@ -353,7 +358,7 @@ QString SelectionSession::selected() {
 
 // MARK: What must hold
 
-void SelectionSession::expectRightReason(Gesture gesture, const Look& look) const {
+void SelectionSession::expectRightReason(Gesture gesture, const Look& look) {
     if (look.has("SmartSelect ignored: drag pasteboard changed")) fail(u"it dragged what was selected"_s);
     switch (gesture) {
         case Gesture::nudge:
@@ -366,7 +371,13 @@ void SelectionSession::expectRightReason(Gesture gesture, const Look& look) cons
             if (!look.isTrigger() && gestureTook_ < quickly) fail(u"it was not taken for a selection"_s);
             break;
         default:
-            if (!look.isTrigger()) fail(u"it was not taken for a selection"_s);
+            // Where a button went down is asked for: a machine that was busy for all of a quick drag learns
+            // of its end only.
+            if (!look.isTrigger() && gestureTook_ < quickDrag) {
+                ++tally_.missed;
+            } else if (!look.isTrigger()) {
+                fail(u"it was not taken for a selection"_s);
+            }
             break;
     }
 }

@@ -8,8 +8,17 @@ using namespace Qt::StringLiterals;
 
 class ReceivedKeysTest : public DesktopTest {
 protected:
+    /// The window manager says that a window is active before it has the focus.
+    bool hasFocus(const Program& program) {
+        return waitUntil(10, [&] {
+            const XReply<xcb_get_input_focus_reply_t> focus(
+                xcb_get_input_focus_reply(x().connection(), xcb_get_input_focus(x().connection()), nullptr));
+            return focus && keys.clientOf(focus->focus) == keys.clientOf(program.window());
+        });
+    }
     /// What is pressed meanwhile, all of it in the window's own client.
     QStringList pressedIn(const Program& program, Typist& hand) {
+        EXPECT_TRUE(hasFocus(program));
         keys.take();
         hand.chord(u"Ctrl+Shift+C"_s);
         hand.type(u"a"_s);
@@ -30,8 +39,7 @@ TEST_F(ReceivedKeysTest, tellsWhatEveryToolkitIsGivenWhoeverPressesIt) {
     using Start = Program (*)(RealDesktop&);
     for (const Start start : {Start([](RealDesktop& on) { return Program::mousepad(on); }),
                               Start([](RealDesktop& on) { return Program::gnomeTextEditor(on); }),
-                              Start([](RealDesktop& on) { return Program::qtEditor(on); }),
-                              Start([](RealDesktop& on) { return Program::xterm(on); })}) {
+                              Start([](RealDesktop& on) { return Program::qtEditor(on); })}) {
         const Program program = start(desktop());
         SCOPED_TRACE(x().title(program.window()).toStdString());
         EXPECT_EQ(pressedIn(program, typist()), expected);
@@ -43,10 +51,10 @@ TEST_F(ReceivedKeysTest, tellsWhatEveryToolkitIsGivenWhoeverPressesIt) {
 TEST_F(ReceivedKeysTest, followsTheFocus) {
     const Program first = Program::qtEditor(desktop());
     const Program second = Program::mousepad(desktop());
-    ASSERT_TRUE(x().activate(first.window()));
+    ASSERT_TRUE(x().activate(first.window()) && hasFocus(first));
     keys.take();
     typist().type(u"a"_s);
-    ASSERT_TRUE(x().activate(second.window()));
+    ASSERT_TRUE(x().activate(second.window()) && hasFocus(second));
     typist().type(u"b"_s);
     const auto presses = keys.take();
     ASSERT_EQ(presses.size(), 2);
