@@ -197,6 +197,15 @@ TEST_F(SmartSelectOverlayTest, theUsersAgentIsThatOfTheSlotAtWork) {
     ASSERT_TRUE(desktop.httpClient.release());
 }
 
+TEST_F(SmartSelectOverlayTest, anAgentsNameIsOneLineThatEndsSomewhere) {
+    assign(0, u" first\nsecond\tthird\r\n"_s);
+    open(text);
+    EXPECT_EQ(content().agentName, u"first second third"_s);
+    assign(0, QString(2000, u'长'));
+    open(text);
+    EXPECT_EQ(content().agentName, QString(80, u'长') + u"..."_s);
+}
+
 TEST_F(SmartSelectOverlayTest, aNewSelectionClosesThePopup) {
     open(text);
     overlay->showIcon({900, 700}, u"other"_s);
