@@ -92,6 +92,7 @@ public:
     std::vector<Limit> run(int rounds) {
         service_.setDefault(ServiceBehaviours::success(QStringLiteral("Done.")));
         writePreferences();
+        letThingsMove();
         Program veltrin(desktop_,
                         {program_, QStringLiteral("--log-file"), desktop_.file(QStringLiteral("log"))});
         if (!waitUntil(20,
@@ -303,6 +304,16 @@ private:
         return thinkingCost(program, typist);
     }
 
+    /// A desktop of the tests' own asks for no animations, and then nothing of what thinks would move.
+    void letThingsMove() {
+        for (const char* version : {"gtk-3.0", "gtk-4.0"}) {
+            QFile file(desktop_.configHome() + u'/' + QLatin1String(version) +
+                       QStringLiteral("/settings.ini"));
+            if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) ||
+                file.write("[Settings]\ngtk-enable-animations=1\ngtk-cursor-blink=0\n") < 0)
+                throw std::runtime_error("no settings");
+        }
+    }
     void writePreferences() {
         const QString folder = desktop_.configHome() + QStringLiteral("/Veltrin");
         QDir().mkpath(folder);
