@@ -60,19 +60,20 @@ void SelectionTally::add(const SelectionTally& other) {
     refused += other.refused;
     untold += other.untold;
     missed += other.missed;
+    unknowing += other.unknowing;
 }
 
 QString SelectionTally::told() const {
     return u"%1 selections looked at, %2 shown, %3 with nothing to show, %4 right at the second look, "
-           "%5 not tried for want of an answer, %6 copy keys (%7 of them where accessibility should have "
-           "told); %8 drags missed; %9 clicks not "
-           "looked at"_s.arg(looks)
+           "%5 not tried for want of an answer, %6 copy keys (%7 where accessibility should have told, "
+           "%8 unknowingly), %9 drags missed, %10 clicks not looked at"_s.arg(looks)
                .arg(shown)
                .arg(nothing)
                .arg(late)
                .arg(refused)
                .arg(copies)
                .arg(untold)
+               .arg(unknowing)
                .arg(missed)
                .arg(clicks);
 }
@@ -414,7 +415,11 @@ void SelectionSession::expectKeys(const Look& look, bool withShift) {
                                                                        named.join(u' ')));
     }
     tally_.copies += look.copies;
-    const bool mayCopy = place_->rule != Rule::never && !content_.isSilent &&
+    // A browser that does not say what has the focus is asked by the key: meant so. It copies no password.
+    const bool isUnknown = (is("chromium") || is("firefox")) &&
+                           look.has("SmartSelect clipboard fallback allowed without focused element");
+    if (place_->rule == Rule::never && isUnknown) tally_.unknowing += look.copies;
+    const bool mayCopy = (place_->rule != Rule::never || isUnknown) && !content_.isSilent &&
                          look.has("SmartSelect AX unavailable; trying clipboard fallback");
     if (look.copies > (mayCopy ? 1 : 0))
         fail(u"a copy key was pressed where none may be; the log: %1"_s.arg(look.lines.join(u"; "_s)));

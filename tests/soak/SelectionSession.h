@@ -22,19 +22,22 @@ struct SelectionWorld {
 /// How often what came of a selection.
 struct SelectionTally {
     int rounds = 0;
-    int looks = 0;    ///< gestures that were taken for a selection
-    int shown = 0;    ///< with what the application says is selected
-    int nothing = 0;  ///< and nothing was selected, or nothing may be known of it
-    int clicks = 0;   ///< gestures that were not taken for one
-    int copies = 0;   ///< copy keys, each of which the application received
-    int late = 0;     ///< right at the second look only, for an application that was behind
-    int refused = 0;  ///< copies that were not tried, for a clipboard or an application that did not answer
-    int untold = 0;   ///< copies of a selection that accessibility did not tell of, where it mostly does
-    int missed = 0;   ///< very quick drags that a busy machine did not see
+    int looks = 0;      ///< gestures that were taken for a selection
+    int shown = 0;      ///< with what the application says is selected
+    int nothing = 0;    ///< and nothing was selected, or nothing may be known of it
+    int clicks = 0;     ///< gestures that were not taken for one
+    int copies = 0;     ///< copy keys, each of which the application received
+    int late = 0;       ///< right at the second look only, for an application that was behind
+    int refused = 0;    ///< copies that were not tried, for a clipboard or an application that did not answer
+    int untold = 0;     ///< copies of a selection that accessibility did not tell of, where it mostly does
+    int unknowing = 0;  ///< in a browser's password field, which nobody could know for one: meant so
+    int missed = 0;     ///< very quick drags that a busy machine did not see
     void add(const SelectionTally& other);
     QString told() const;
     /// A program that looks at nothing would break nothing.
-    bool isEnough() const { return shown > 0 && (late + refused) * 5 <= looks && missed * 20 <= looks; }
+    bool isEnough() const {
+        return shown > 0 && late + refused <= 1 + looks / 5 && missed + unknowing <= 1 + looks / 50;
+    }
 };
 
 /// One application, and rounds in it: one of its fields is given a random text, the clipboard a random
