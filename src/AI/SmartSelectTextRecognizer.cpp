@@ -101,11 +101,19 @@ bool hasIndentedLine(const QString& text) {
     return isIndented;
 }
 
+bool looksLikeError(const WordsInText& words) {
+    return words.hasAny(errorWords);
+}
+
 bool looksLikeCode(const QString& text, const WordsInText& words) {
     const auto keywordHits = words.count(codeKeywords);
     const auto symbolHits = words.count(codeSymbols);
     return keywordHits >= 2 || (keywordHits >= 1 && symbolHits >= 2) ||
            (symbolHits >= 2 && hasIndentedLine(text));
+}
+
+bool looksLikeEmail(const WordsInText& words) {
+    return words.hasAny(emailWords);
 }
 
 bool looksLikeChat(const QString& text) {
@@ -160,9 +168,9 @@ SmartSelectRecognition SmartSelectTextRecognizer::recognize(const QString& text)
     const QString lowercased = trimmed.toLower();
     if (isURL(trimmed, lowercased)) return {Kind::url, std::nullopt, 0.92};
     const WordsInText words(lowercased);
-    if (words.hasAny(errorWords)) return {Kind::error, detectLanguage(words), 0.88};
+    if (looksLikeError(words)) return {Kind::error, detectLanguage(words), 0.88};
     if (looksLikeCode(trimmed, words)) return {Kind::code, detectLanguage(words), 0.86};
-    if (words.hasAny(emailWords)) return {Kind::email, std::nullopt, 0.74};
+    if (looksLikeEmail(words)) return {Kind::email, std::nullopt, 0.74};
     if (looksLikeChat(trimmed)) return {Kind::chat, std::nullopt, 0.7};
     return {Kind::text, std::nullopt, 0.55};
 }

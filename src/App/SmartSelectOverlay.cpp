@@ -4,7 +4,6 @@
 #include "Data/AppSettings.h"
 #include "Data/HistoryStore.h"
 #include "Data/PromptStore.h"
-#include "Debug/PopupAnimator.h"
 #include "Foundation/Characters.h"
 #include "Foundation/MVPLog.h"
 #include "Foundation/Text.h"
@@ -74,7 +73,7 @@ void SmartSelectOverlay::showIcon(QPointF point, const QString& selectedText) {
 
 void SmartSelectOverlay::dismissIcon() {
     iconDismissTimer_.invalidate();
-    animateOut(std::move(iconPanel_));
+    animator_.animateOut(std::move(iconPanel_));
 }
 
 // MARK: The popup
@@ -104,7 +103,7 @@ void SmartSelectOverlay::dismissPopup() {
     removeDragMonitor();
     popupChanges_.cancel();
     if (const auto view = std::exchange(popupView_, nullptr)) view->end();
-    animateOut(std::move(popupPanel_));
+    animator_.animateOut(std::move(popupPanel_));
 }
 
 std::shared_ptr<SmartSelectPopupView> SmartSelectOverlay::makePopupView() {
@@ -167,16 +166,7 @@ void SmartSelectOverlay::removeDragMonitor() {
     if (popupPanel_) popupPanel_->setMouseMonitor(nullptr);
 }
 
-// MARK: Panels
-
-void SmartSelectOverlay::animateOut(std::unique_ptr<FloatingPanel> leaving) {
-    if (!leaving) return;
-    FloatingPanel* panel = leaving.get();
-    leaving_.push_back(std::move(leaving));
-    PopupAnimator::animateOut(*panel, lifetime_.bind([this, panel] {
-        std::erase_if(leaving_, [panel](const auto& gone) { return gone.get() == panel; });
-    }));
-}
+// MARK: Places
 
 /// The screen is that of the lower left corner. A corner below or left of every screen belongs to the main
 /// one, even when most of the panel would stand on another: meant so.

@@ -2,11 +2,10 @@
 
 #include "App/SmartSelectPopupView.h"
 #include "App/SmartSelectSurface.h"
+#include "Debug/PopupAnimator.h"
 #include "Engines/ExpressionRunner.h"
 #include "Intent/IntentTaxonomy.h"
 #include "Platform/Screens.h"
-
-#include <vector>
 
 namespace veltrin {
 
@@ -64,13 +63,12 @@ private:
     void act(PanelAction action);
     void installDragMonitor(FloatingPanel& panel);
     void removeDragMonitor();
-    void animateOut(std::unique_ptr<FloatingPanel> panel);
     QPointF clampToScreen(QPointF origin, QSizeF size) const;
 
     Parts parts_;
     std::unique_ptr<FloatingPanel> iconPanel_;
     std::unique_ptr<FloatingPanel> popupPanel_;
-    std::vector<std::unique_ptr<FloatingPanel>> leaving_;  ///< on their way out
+    PopupAnimator animator_;
     Timer iconDismissTimer_;
     QString pendingText_;
     QPointF dragInitialMouse_;

@@ -21,6 +21,7 @@ constexpr double acknowledgementSeconds = 0.65;
 /// Characters of the selection and of a result that the popup has room for, with some to scroll.
 constexpr qsizetype shownOfSelection = 400;
 constexpr qsizetype shownOfResult = 4000;
+constexpr qsizetype shownOfName = 80;
 
 }  // namespace
 
@@ -171,7 +172,7 @@ SelectionContent SmartSelectPopupView::content() const {
     content.recognizerName = recognitionAgentName_;
     content.text = beginning_;
     if (agent_) {
-        content.agentName = agent_->name;
+        content.agentName = Text::preview(agent_->name, shownOfName);
         content.agentSymbol = agent_->icon;
         content.agentColorHex = agent_->colorHex;
     }

@@ -1,7 +1,6 @@
 #include "Debug/MVPDebugPanel.h"
 
 #include "Debug/OptimizeChoiceBubble.h"
-#include "Debug/PopupAnimator.h"
 #include "ExternalAccess/ExternalActionFeedback.h"
 #include "Foundation/Characters.h"
 #include "Foundation/MVPLog.h"
@@ -172,11 +171,7 @@ void MVPDebugPanel::dismissOverlay() {
 void MVPDebugPanel::dismiss(Slot& slot) {
     slot.dismissTask.invalidate();
     if (!slot.panel) return;
-    FloatingPanel* panel = slot.panel.get();
-    leaving_.push_back(std::move(slot.panel));
-    PopupAnimator::animateOut(*panel, lifetime_.bind([this, panel] {
-        std::erase_if(leaving_, [panel](const auto& leaving) { return leaving.get() == panel; });
-    }));
+    animator_.animateOut(std::move(slot.panel));
     tellClosed(slot);
 }
 

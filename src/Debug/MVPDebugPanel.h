@@ -2,6 +2,7 @@
 
 #include "AI/AgentProfile.h"
 #include "Data/MemoryActionPreset.h"
+#include "Debug/PopupAnimator.h"
 #include "Foundation/Lifetime.h"
 #include "Platform/FloatingPanels.h"
 #include "Platform/Pasteboard.h"
@@ -97,7 +98,7 @@ private:
     const Preferences& preferences_;
     Slot panel_;
     Slot overlay_;
-    std::vector<std::unique_ptr<FloatingPanel>> leaving_;  ///< on their way out
+    PopupAnimator animator_;
     Lifetime lifetime_;
 };
 

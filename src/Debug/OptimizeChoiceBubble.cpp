@@ -1,5 +1,7 @@
 #include "Debug/OptimizeChoiceBubble.h"
 
+#include "Foundation/Text.h"
+
 namespace veltrin {
 namespace {
 
@@ -8,7 +10,7 @@ ChoiceRow agentRow(int slot, const std::optional<AgentProfile>& agent, bool engl
     row.slot = slot;
     row.isVacant = !agent;
     if (agent) {
-        row.title = agent->name;
+        row.title = Text::singleLine(agent->name);
         row.symbol = agent->icon;
         row.colorHex = agent->colorHex;
         return row;
@@ -20,7 +22,12 @@ ChoiceRow agentRow(int slot, const std::optional<AgentProfile>& agent, bool engl
 }
 
 ChoiceRow presetRow(int slot, const MemoryActionPreset& action) {
-    return {slot, action.title, action.description, action.icon, action.colorHex, false};
+    return {slot,
+            Text::singleLine(action.title),
+            Text::singleLine(action.description),
+            action.icon,
+            action.colorHex,
+            false};
 }
 
 }  // namespace

@@ -9,7 +9,6 @@
 #include <QDirIterator>
 #include <QImage>
 #include <QKeyEvent>
-#include <QMouseEvent>
 #include <QRegularExpression>
 #include <QSignalSpy>
 
@@ -37,21 +36,6 @@ protected:
         QCoreApplication::sendEvent(&window(), &down);
         QKeyEvent up(QEvent::KeyRelease, key, modifiers);
         QCoreApplication::sendEvent(&window(), &up);
-    }
-    void click(QQuickItem* item) {
-        const QPointF place = item->mapToScene({item->width() / 2, item->height() / 2});
-        QMouseEvent down(QEvent::MouseButtonPress, place, place, Qt::LeftButton, Qt::LeftButton,
-                         Qt::NoModifier);
-        QCoreApplication::sendEvent(&window(), &down);
-        QMouseEvent up(QEvent::MouseButtonRelease, place, place, Qt::LeftButton, Qt::NoButton,
-                       Qt::NoModifier);
-        QCoreApplication::sendEvent(&window(), &up);
-    }
-    /// The window has to think that it is active before an item gets the focus.
-    void show() {
-        window().show();
-        window().requestActivate();
-        QCoreApplication::processEvents();
     }
 };
 

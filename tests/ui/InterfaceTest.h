@@ -3,6 +3,8 @@
 #include "UI/Design/VtLook.h"
 #include "UI/QmlModule.h"
 
+#include <QCoreApplication>
+#include <QMouseEvent>
 #include <QQmlComponent>
 #include <QQmlEngine>
 #include <QQuickItem>
@@ -50,6 +52,22 @@ protected:
             window_->resize(400, 300);
         }
         return *window_;
+    }
+
+    void click(QQuickItem* item) {
+        const QPointF place = item->mapToScene({item->width() / 2, item->height() / 2});
+        QMouseEvent down(QEvent::MouseButtonPress, place, place, Qt::LeftButton, Qt::LeftButton,
+                         Qt::NoModifier);
+        QCoreApplication::sendEvent(&window(), &down);
+        QMouseEvent up(QEvent::MouseButtonRelease, place, place, Qt::LeftButton, Qt::NoButton,
+                       Qt::NoModifier);
+        QCoreApplication::sendEvent(&window(), &up);
+    }
+    /// The window has to think that it is active before an item gets the focus.
+    void show() {
+        window().show();
+        window().requestActivate();
+        QCoreApplication::processEvents();
     }
 
     VtLook look_{nullptr};

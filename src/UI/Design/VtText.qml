@@ -14,6 +14,8 @@ Text {
 
     textFormat: Text.PlainText
     elide: Text.ElideRight
+    // A line break in what anybody wrote makes no second line where there is room for one.
+    maximumLineCount: wrapMode === Text.NoWrap ? 1 : 2147483647
     font { pixelSize: size; weight: weight }
     color: switch (tone) {
         case VtText.Secondary: return theme.textSub

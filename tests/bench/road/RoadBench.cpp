@@ -39,6 +39,10 @@ constexpr QSize choiceSize(310, 248);
 /// How long a selection by a drag is left alone before it is looked at.
 constexpr double dragDelay = 0.5;
 constexpr QSize iconSize(58, 58);
+constexpr QSize popupSize(300, 244);
+constexpr QPoint replyButton(150, 216);  ///< from the popup's upper left corner
+/// How long the model takes where it is watched, of which the middle is measured.
+constexpr double thinkingSeconds = 8;
 /// Beside the rounds in which something is chosen.
 constexpr int openings = 80;
 
@@ -88,6 +92,7 @@ public:
     std::vector<Limit> run(int rounds) {
         service_.setDefault(ServiceBehaviours::success(QStringLiteral("Done.")));
         writePreferences();
+        letThingsMove();
         Program veltrin(desktop_,
                         {program_, QStringLiteral("--log-file"), desktop_.file(QStringLiteral("log"))});
         if (!waitUntil(20,
@@ -115,6 +120,7 @@ public:
         std::vector<double> toIcon;
         for (int round = 0; round < rounds; ++round)
             toIcon.push_back(iconRound(round, veltrin.pid(), field, atspi, typist));
+        const double replying = thinkingPopup(veltrin.pid(), field, atspi, typist);
         std::vector<double> toWire;
         std::vector<double> toText;
         for (int round = 0; round < rounds; ++round)
@@ -136,6 +142,7 @@ public:
                 {"selection's end to its icon on the screen, median", median(toIcon) * 1000, 40, "ms"},
                 {"processor while the choice stands", standing, 2, "% of a core"},
                 {"processor while the model is waited for", thinking, 5, "% of a core"},
+                {"processor while a selection's popup thinks", replying, 5, "% of a core"},
                 {"processor at rest", idle, 1, "% of a core"},
                 {"resident memory, the panels made", residentMegabytes(veltrin.pid()), 75, "MB"}};
     }
@@ -207,12 +214,9 @@ private:
         toWire.push_back(service_.requests().front().arrival - pressed.back());
         typist.pause(0.8);
     }
-    /// Seconds from the button's release to the icon's first frame, beyond the delay that is meant.
-    double iconRound(int round, pid_t program, const ProbedField& field, AtSpiProbe& atspi, Typist& typist) {
-        typist.chord(QStringLiteral("Ctrl+a"));
-        typist.type(QStringLiteral("alpha bravo charlie delta"));
-        typist.pause(0.5);
-        const QRect words = atspi.rangeExtents(field, 0, 12 + round % 8);
+    /// Selects some words; seconds from the button's release to the icon's first frame, beyond the delay that
+    /// is meant.
+    double showIcon(const QRect& words, pid_t program, Typist& typist) {
         typist.moveMouse({words.left() + 1, words.center().y()});
         typist.pressButton();
         typist.pause(0.05);
@@ -227,11 +231,50 @@ private:
                 return icon && desktop_.x().pixel(icon->topLeft() + QPoint(29, 12)).saturation() > 100;
             }))
             throw std::runtime_error("no icon came");
-        const double shown = monotonicSeconds();
+        return monotonicSeconds() - released - dragDelay;
+    }
+    QRect typeWords(int length, const ProbedField& field, AtSpiProbe& atspi, Typist& typist) {
+        typist.chord(QStringLiteral("Ctrl+a"));
+        typist.type(QStringLiteral("alpha bravo charlie delta"));
+        typist.pause(0.5);
+        return atspi.rangeExtents(field, 0, length);
+    }
+    double iconRound(int round, pid_t program, const ProbedField& field, AtSpiProbe& atspi, Typist& typist) {
+        const QRect words = typeWords(12 + round % 8, field, atspi, typist);
+        const double shown = showIcon(words, program, typist);
         // Outside, which sends it away.
         typist.click({words.left() + 1, words.center().y()});
         typist.pause(0.9);
-        return shown - released - dragDelay;
+        return shown;
+    }
+    /// What the popup over a selection costs while it shows that the model thinks.
+    double thinkingPopup(pid_t program, const ProbedField& field, AtSpiProbe& atspi, Typist& typist) {
+        service_.forget();
+        service_.setDefault(
+            ServiceBehaviours::slow(thinkingSeconds, ServiceBehaviours::success(QStringLiteral("At last."))));
+        const QRect words = typeWords(20, field, atspi, typist);
+        showIcon(words, program, typist);
+        typist.click(panel(program, iconSize).value_or(QRect()).center());
+        std::optional<QRect> popup;
+        if (!waitUntil(5, [&] { return (popup = panel(program, popupSize)).has_value(); }))
+            throw std::runtime_error("no popup came");
+        typist.pause(0.5);
+        typist.click(popup->topLeft() + replyButton);
+        if (!waitUntil(5, [&] { return !service_.requests().empty(); }))
+            throw std::runtime_error("no reply was asked for");
+        const double thinking = thinkingCost(program, typist);
+        typist.click({words.left() + 1, words.center().y()});
+        typist.pause(0.9);
+        return thinking;
+    }
+    /// Percent of a core that the program takes in the middle of the model's thinking, whose end it awaits.
+    static double thinkingCost(pid_t program, Typist& typist) {
+        typist.pause(1);
+        const double used = processorSeconds(program);
+        typist.pause(5);
+        const double thinking = (processorSeconds(program) - used) / 5 * 100;
+        typist.pause(thinkingSeconds - 6 + 2);
+        return thinking;
     }
     double standingChoice(pid_t program, Typist& typist) {
         openChoice(program, typist);
@@ -251,21 +294,26 @@ private:
     double thinkingPill(pid_t program, Typist& typist) {
         service_.forget();
         service_.setDefault(
-            ServiceBehaviours::slow(8, ServiceBehaviours::success(QStringLiteral("At last."))));
+            ServiceBehaviours::slow(thinkingSeconds, ServiceBehaviours::success(QStringLiteral("At last."))));
         typist.chord(QStringLiteral("Ctrl+a"));
         typist.type(QStringLiteral("a sentence"));
         typist.pause(0.5);
         typist.tapSpace(3, 0.1, tapHold);
         if (!waitUntil(5, [&] { return !service_.requests().empty(); }))
             throw std::runtime_error("nothing was asked");
-        typist.pause(1);
-        const double used = processorSeconds(program);
-        typist.pause(5);
-        const double thinking = (processorSeconds(program) - used) / 5 * 100;
-        typist.pause(4);
-        return thinking;
+        return thinkingCost(program, typist);
     }
 
+    /// A desktop of the tests' own asks for no animations, and then nothing of what thinks would move.
+    void letThingsMove() {
+        for (const char* version : {"gtk-3.0", "gtk-4.0"}) {
+            QFile file(desktop_.configHome() + u'/' + QLatin1String(version) +
+                       QStringLiteral("/settings.ini"));
+            if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) ||
+                file.write("[Settings]\ngtk-enable-animations=1\ngtk-cursor-blink=0\n") < 0)
+                throw std::runtime_error("no settings");
+        }
+    }
     void writePreferences() {
         const QString folder = desktop_.configHome() + QStringLiteral("/Veltrin");
         QDir().mkpath(folder);

@@ -69,18 +69,30 @@ TEST(SmartSelectTextRecognizerTest, theOrderOfTheRulesDecides) {
     EXPECT_EQ(kindOf(u"Subject: a\nTo: b"_s), Kind::email);
 }
 
-TEST(SmartSelectTextRecognizerTest, anAddressIsOneWord) {
+TEST(SmartSelectTextRecognizerTest, anAddressWithABlankInItIsNone) {
     EXPECT_EQ(kindOf(u"https://example.org/a b"_s), Kind::text);
+    EXPECT_EQ(kindOf(u"https://example.org/a\u00A0b"_s), Kind::text);
+    EXPECT_EQ(kindOf(u"https://example.org\nhttps://example.com"_s), Kind::chat);
     EXPECT_EQ(kindOf(u"see https://example.org"_s), Kind::text);
     EXPECT_EQ(kindOf(u"  www.example.org\n"_s), Kind::url) << "blanks around it do not count";
-    EXPECT_EQ(kindOf(u"HTTPS://EXAMPLE.ORG"_s), Kind::url) << "capitals do not matter";
+}
+
+TEST(SmartSelectTextRecognizerTest, anAddressMayBeginInCapitals) {
+    EXPECT_EQ(kindOf(u"HTTPS://EXAMPLE.ORG"_s), Kind::url);
+    EXPECT_EQ(kindOf(u"Www.Example.Org"_s), Kind::url);
+}
+
+TEST(SmartSelectTextRecognizerTest, theTwoSitesNeedTheirSlash) {
     EXPECT_EQ(kindOf(u"github.com/a/b"_s), Kind::url);
     EXPECT_EQ(kindOf(u"figma.com/file/x"_s), Kind::url);
     EXPECT_EQ(kindOf(u"github.community"_s), Kind::text);
 }
 
+TEST(SmartSelectTextRecognizerTest, oneLineWithAKeywordAndThreeSymbolsIsCode) {
+    EXPECT_EQ(kindOf(u"let it be {now};"_s), Kind::code);
+}
+
 TEST(SmartSelectTextRecognizerTest, codeTakesKeywordsOrOneWithSymbolsOrAnIndentWithSymbols) {
-    EXPECT_EQ(kindOf(u"let it be {now};"_s), Kind::code) << "one keyword and three symbols on one line";
     EXPECT_EQ(kindOf(u"let it be"_s), Kind::text);
     EXPECT_EQ(kindOf(u"let it be; now"_s), Kind::text) << "one keyword and one symbol";
     EXPECT_EQ(kindOf(u"let it be the class of 99"_s), Kind::code) << "two keywords";
@@ -109,6 +121,9 @@ TEST(SmartSelectTextRecognizerTest, anErrorShowsNoLanguageInItsTitle) {
     const auto python = recognized(u"Traceback (most recent call last)"_s);
     EXPECT_EQ(python.language, u"Python"_s);
     EXPECT_EQ(python.displayTitle(), u"错误"_s);
+}
+
+TEST(SmartSelectTextRecognizerTest, aMessageWithoutCodeIsAnErrorWithoutALanguage) {
     const auto plain = recognized(u"error: disk full"_s);
     EXPECT_EQ(plain.kind, Kind::error);
     EXPECT_EQ(plain.language, std::nullopt);
@@ -120,11 +135,18 @@ TEST(SmartSelectTextRecognizerTest, aLineWithThanksIsAnEmail) {
     EXPECT_EQ(kindOf(u"Best Regards\nA"_s), Kind::email);
 }
 
-TEST(SmartSelectTextRecognizerTest, aChatHasColonsInHalfItsLines) {
-    EXPECT_EQ(kindOf(u"A: hello\nhello yourself"_s), Kind::chat) << "one of two is half";
-    EXPECT_EQ(kindOf(u"A: hello"_s), Kind::text) << "one line is no chat";
-    EXPECT_EQ(kindOf(u"A: hello\n \t\n\n"_s), Kind::text) << "empty lines do not count";
-    EXPECT_EQ(kindOf(u"A: hello\nb\nc"_s), Kind::text);
+TEST(SmartSelectTextRecognizerTest, twoLinesOfWhichOneHoldsAColonAreAChat) {
+    EXPECT_EQ(kindOf(u"A: hello\nhello yourself"_s), Kind::chat) << "half is enough";
+    EXPECT_EQ(kindOf(u"hello\n甲：好"_s), Kind::chat);
+    EXPECT_EQ(kindOf(u"A: hello\nb\nc"_s), Kind::text) << "less than half is not";
+}
+
+TEST(SmartSelectTextRecognizerTest, oneLineWithAColonIsNoChat) {
+    EXPECT_EQ(kindOf(u"A: hello"_s), Kind::text);
+    EXPECT_EQ(kindOf(u"A: hello\n \t\n\n"_s), Kind::text);
+}
+
+TEST(SmartSelectTextRecognizerTest, emptyLinesOfAChatDoNotCount) {
     EXPECT_EQ(kindOf(u"甲：好\n\n乙：好\n丙"_s), Kind::chat);
 }
 

@@ -197,6 +197,15 @@ TEST_F(SmartSelectOverlayTest, theUsersAgentIsThatOfTheSlotAtWork) {
     ASSERT_TRUE(desktop.httpClient.release());
 }
 
+TEST_F(SmartSelectOverlayTest, anAgentsNameIsOneLineThatEndsSomewhere) {
+    assign(0, u" first\nsecond\tthird\r\n"_s);
+    open(text);
+    EXPECT_EQ(content().agentName, u"first second third"_s);
+    assign(0, QString(2000, u'长'));
+    open(text);
+    EXPECT_EQ(content().agentName, QString(80, u'长') + u"..."_s);
+}
+
 TEST_F(SmartSelectOverlayTest, aNewSelectionClosesThePopup) {
     open(text);
     overlay->showIcon({900, 700}, u"other"_s);
@@ -313,7 +322,27 @@ TEST_F(SmartSelectOverlayTest, aHugeSelectionIsShownInParts) {
     EXPECT_EQ(prompts.prompts().front().title, u"行 行 行 行 行 行 行 行 行 "_s);
 }
 
+TEST_F(SmartSelectOverlayTest, anIconShownAgainWhileTheFirstFadesKeepsItsTime) {
+    overlay->showIcon({600, 500}, text);
+    overlay->dismissIcon();
+    desktop.advance(0.05);
+    overlay->showIcon({600, 500}, text);
+    desktop.advance(2.9);
+    EXPECT_NE(icon(), nullptr) << "the end of the first one's fade is nothing to it";
+    EXPECT_EQ(desktop.floatingPanels.openCount(), 1);
+}
+
 // MARK: The end
+
+TEST_F(SmartSelectOverlayTest, itGoesWhileIconAndPopupFade) {
+    open(text);
+    overlay->dismissPopup();
+    ASSERT_EQ(desktop.floatingPanels.openCount(), 2);
+    overlay.reset();
+    EXPECT_EQ(desktop.floatingPanels.openCount(), 0);
+    desktop.advance(5);
+    EXPECT_EQ(desktop.runLoop.pendingTimers(), 0U);
+}
 
 TEST_F(SmartSelectOverlayTest, itGoesWithThePopupOpen) {
     open(text);

@@ -359,6 +359,13 @@ TEST_F(MVPDebugPanelTest, theChoiceSpeaksEnglishWhenTheInterfaceDoes) {
     EXPECT_EQ(content.presets[0].slot, 1);  // without a slot of its own, its position
 }
 
+TEST_F(MVPDebugPanelTest, whatTheUsersFilesCallThingsIsOneLineOfTheChoice) {
+    panel.showOptimizeChoicePanel({action("two\nlines", 1)}, {agent("A\r\nB\tC")}, std::nullopt, {});
+    const ChoiceContent& content = last().spec.choice;
+    EXPECT_EQ(content.agents[0].title, QStringLiteral("A B C"));
+    EXPECT_EQ(content.presets[0].title, QStringLiteral("two lines"));
+}
+
 TEST_F(MVPDebugPanelTest, aClickOnARowGivesItsNumber) {
     std::vector<int> chosen;
     choice(std::nullopt, [&](int slot) { chosen.push_back(slot); });

@@ -1,8 +1,8 @@
 import QtQuick
 import Veltrin
 
-/// A text that may be longer than its room: the wheel moves it, and a thin bar tells where it stands. The mouse's
-/// button is left to the popup, which it drags.
+/// A text that may be longer than its room: the wheel moves it by whole lines, of which none is ever cut, and a thin bar
+/// tells where it stands. The mouse's button is left to the popup, which it drags.
 Item {
     id: scroll
 
@@ -18,12 +18,16 @@ Item {
     Accessible.name: text
     Accessible.ignored: text.length === 0
 
-    onTextChanged: page.contentY = 0
+    /// Pixels that the wheel has moved it, which may be parts of a line.
+    property real wheeled: 0
+
+    onTextChanged: wheeled = 0
+    onWheeledChanged: page.contentY = Math.round(wheeled / line) * line
 
     Flickable {
         id: page
-        anchors.fill: parent
-        anchors.rightMargin: 8
+        anchors { left: parent.left; right: parent.right; top: parent.top; rightMargin: 8 }
+        height: Math.max(1, Math.floor(parent.height / scroll.line)) * scroll.line
         clip: true
         interactive: false
         contentHeight: words.height
@@ -45,8 +49,8 @@ Item {
     WheelHandler {
         acceptedDevices: PointerDevice.Mouse | PointerDevice.TouchPad
         onWheel: event => {
-            const step = event.pixelDelta.y !== 0 ? event.pixelDelta.y : event.angleDelta.y * 0.4
-            page.contentY = Math.max(0, Math.min(page.contentHeight - page.height, page.contentY - step))
+            const step = event.pixelDelta.y !== 0 ? event.pixelDelta.y : event.angleDelta.y / 120 * 2 * scroll.line
+            scroll.wheeled = Math.max(0, Math.min(page.contentHeight - page.height, scroll.wheeled - step))
         }
     }
     VtSurface {
