@@ -156,7 +156,7 @@ AXResult<QRectF> TextAccess::caretAt(const TextState& state, Toolkit toolkit, qi
 /// Others are left as they are. `area` is the field's.
 AXResult<QRectF> TextAccess::onItsLine(const QRectF& rectangle, const QRectF& area, const TextState& state,
                                        qint64 at) {
-    constexpr qint64 mostParagraphs = 400;
+    constexpr std::size_t mostQuestions = 100;
     constexpr double margin = 4;  // around the document, told of across alone
     constexpr double widestFrame = 8;
     const QString& text = state.text();
@@ -174,13 +174,21 @@ AXResult<QRectF> TextAccess::onItsLine(const QRectF& rectangle, const QRectF& ar
     if (!top || !ownTop) return AXError::failure;
     if (top->y() != ownTop->y()) return rectangle;
 
-    // How many lines each paragraph above is broken into, its last character tells.
+    // How many lines a paragraph above is broken into, its last character tells. A short one is not broken:
+    // no character is much wider than high.
     std::vector<Pending> ends;
-    for (qint64 from = 0; from < start; from = text.indexOf(u'\n', from) + 1) {
-        if (ends.size() == mostParagraphs) return AXError::failure;
-        ends.push_back(ask(std::max(from, text.indexOf(u'\n', from) - 1)));
-    }
     double above = 0;
+    for (qint64 from = 0; from < start;) {
+        const qint64 end = text.indexOf(u'\n', from);
+        if (static_cast<double>(end - from) * rectangle.height() < area.width()) {
+            above += rectangle.height();
+        } else if (ends.size() == mostQuestions) {
+            return AXError::failure;
+        } else {
+            ends.push_back(ask(end - 1));
+        }
+        from = end + 1;
+    }
     for (Pending& end : ends) {
         const auto last = conversation_.reply(std::move(end)).rectangle();
         if (!last || last->height() <= 0) return AXError::failure;
