@@ -2,45 +2,22 @@
 #include "desktop/matrix/MatrixSample.h"
 #include "support/Slowdown.h"
 #include "support/desktop/DesktopTest.h"
-#include "support/desktop/Pictures.h"
 #include "support/desktop/Waiting.h"
+#include "support/fields/PassageOnScreen.h"
 
 #include <algorithm>
 #include <cmath>
 
 namespace veltrin {
-namespace {
 
 using namespace Qt::StringLiterals;
-
-constexpr double paintSeconds = 5;
-
-}  // namespace
 
 QRectF FieldMatrix::selectionOnScreen(qsizetype start, qsizetype end) {
     // Only around the field: tool bars and status lines change, too.
     QRect area = world().x().geometry(application().window());
     const QRectF element = elementOnScreen();
     if (element.isValid()) area &= element.toAlignedRect().adjusted(-30, -30, 30, 30);
-    // What was painted last may still be under way: two pictures alike, or there is something that moves.
-    const auto still = [&] {
-        QImage last = world().x().image(area);
-        waitUntil(paintSeconds, [&] {
-            runEventLoopFor(0.03);
-            const QImage now = world().x().image(area);
-            return std::exchange(last, now) == now;
-        });
-        return last;
-    };
-    field().select(start, start);
-    const QImage before = still();
-    field().select(start, end);
-    QRect changed;
-    waitUntil(paintSeconds, [&] {
-        changed = difference(before, still());
-        return changed.width() > 3;
-    });
-    return changed.isEmpty() ? QRectF() : QRectF(changed.translated(area.topLeft()));
+    return passageOnScreen(world().x(), area, field(), start, end);
 }
 
 QRectF FieldMatrix::elementOnScreen() {

@@ -195,6 +195,7 @@ void RealDesktop::buildEnvironment(const DesktopOptions& options) {
             environment_.insert(QString::fromLatin1(kept), qEnvironmentVariable(kept));
         }
     }
+    environment_.insert(options.environment);
     // Orphans of programs that end come to us, so that we can take their last status and none stays a zombie.
     prctl(PR_SET_CHILD_SUBREAPER, 1);
     // A probe that died is an error to report, not the end of the test program.

@@ -22,6 +22,7 @@ struct DesktopOptions {
     bool windowManager = true;
     bool accessibility = true;  ///< the accessibility bus, and applications told to use it
     QString locale = QStringLiteral("C.UTF-8");
+    Environment environment = {};  ///< what every program gets besides
 };
 
 /// A desktop of the tests' own: X server, window manager, session bus, accessibility bus, and private home

@@ -35,14 +35,14 @@ TEST_F(ModelClientOnTheWire, aTransportErrorPassesUntouched) {
 }
 
 TEST_F(ModelClientOnTheWire, aTaskTimeoutHoldsExceptOnTheChatWire) {
-    service.setDefault(answers::slow(0.6, answers::success(u"late"_s)));
+    service.setDefault(answers::slow(2, answers::success(u"late"_s)));
     for (const ModelProvider provider :
          {ModelProvider::ollama, ModelProvider::anthropic, ModelProvider::google}) {
         use(provider);
         QElapsedTimer clock;
         clock.start();
         EXPECT_EQ(urlCode(*generate(u"x"_s, 100, 0.2)), UrlError::timedOut);
-        EXPECT_LT(clock.elapsed(), 590);
+        EXPECT_LT(clock.elapsed(), 1900);
     }
     use(ModelProvider::zhipu);
     EXPECT_EQ(generate(u"x"_s, 100, 0.2)->value, u"late"_s)
@@ -202,7 +202,7 @@ TEST_F(ModelClientOnTheWire, aCallKeepsToTheProviderItBeganWith) {
 TEST_F(ModelClientOnTheWire, severalCallsRunAtOnceEachWithItsAnswer) {
     use(ModelProvider::ollama);
     service.setDefault(answers::slow(
-        0.3,
+        1.5,
         answers::dictionary({{u"一"_s, u"one"_s}, {u"二"_s, u"two"_s}, {u"三"_s, u"three"_s}}, u"none"_s)));
     QElapsedTimer clock;
     clock.start();
@@ -210,7 +210,7 @@ TEST_F(ModelClientOnTheWire, severalCallsRunAtOnceEachWithItsAnswer) {
     const auto two = follow(client().generate(u"二"_s, 0, 10, 5));
     const auto three = follow(client().generate(u"三"_s, 0, 10, 5));
     ASSERT_TRUE(runUntil([&] { return one->finished() && two->finished() && three->finished(); }));
-    EXPECT_LT(clock.elapsed(), 850);
+    EXPECT_LT(clock.elapsed(), 4000) << "one after the other takes four and a half seconds";
     EXPECT_EQ(one->value, u"one"_s);
     EXPECT_EQ(two->value, u"two"_s);
     EXPECT_EQ(three->value, u"three"_s);

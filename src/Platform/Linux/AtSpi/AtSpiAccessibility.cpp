@@ -28,7 +28,6 @@ namespace Name = AtSpi::Name;
 
 namespace {
 
-constexpr double tallestMenuBar = 120;
 constexpr int layoutAttempts = 4;
 constexpr AtSpi::Milliseconds layoutPause{10};
 
@@ -78,6 +77,11 @@ ElementState stateOf(const ElementFacts& facts) {
 }
 
 }  // namespace
+
+struct AtSpiAccessibility::ToldWindow {
+    QRectF rectangle;
+    AtSpi::Toolkit toolkit = AtSpi::Toolkit::other;
+};
 
 AtSpiAccessibility::AtSpiAccessibility(TopLevelWindows* windows)
     : windows_(windows), worker_(std::make_unique<AtSpi::AtSpiWorker>()) {
@@ -244,20 +248,52 @@ AXResult<QRectF> AtSpiAccessibility::frame(const AtSpiElement& object) {
     return found.ok() ? onDesktop(found.value, object.process()) : AXResult<QRectF>(found.error);
 }
 
-AXResult<QRectF> AtSpiAccessibility::onDesktop(const PlacedRectangle& placed,
-                                               qint32 processIdentifier) const {
-    if (!placed.isWindowRelative && !placed.lowerEdge) return placed.rectangle;
-    if (!windows_) return AXError::failure;
-    auto window = windows_->activeWindow(processIdentifier);
+/// The window that the process shows in front.
+std::optional<TopLevelWindow> AtSpiAccessibility::frontWindow(qint32 processIdentifier) const {
+    if (!windows_) return {};
+    if (auto active = windows_->activeWindow(processIdentifier)) return active;
+    const auto all = windows_->windows(processIdentifier);
+    return all.empty() ? std::nullopt : std::optional(all.front());
+}
+
+/// The window as the application tells of it; nothing where it does not.
+AXResult<AtSpiAccessibility::ToldWindow> AtSpiAccessibility::windowAsTold(const TopLevelWindow& window,
+                                                                          qint32 processIdentifier) {
+    return worker_->ask<ToldWindow>([=, title = window.title](
+                                        Room& room, Conversation& conversation) -> AXResult<ToldWindow> {
+        const auto top = AtSpi::topLevelObject(processIdentifier, title, true, room.directory, conversation);
+        if (conversation.hasGivenUp()) return AXError::cannotComplete;
+        if (!top) return ToldWindow();
+        const AtSpi::Toolkit toolkit = room.directory.toolkitOf(top->bus, conversation);
+        const AtSpi::Reply reply =
+            conversation.ask(*top, Name::component, "GetExtents", {AtSpi::screenCoordinates});
+        if (reply.error == AXError::cannotComplete) return reply.error;
+        return ToldWindow{reply.rectangle().value_or(QRectF()), toolkit};
+    });
+}
+
+double AtSpiAccessibility::pixelsPerPoint(const TopLevelWindow& window, qint32 processIdentifier) {
+    const QSizeF size = window.client.size();
+    if (scale_.window == window.id && scale_.size == size) return scale_.pixelsPerPoint;
+    const auto told = windowAsTold(window, processIdentifier);
+    // Asked again the next time: it may have been busy.
+    if (!told.ok()) return 1;
+    scale_ = {window.id, size, AtSpi::pixelsPerPoint(told.value.rectangle.size(), size, told.value.toolkit)};
+    return scale_.pixelsPerPoint;
+}
+
+AXResult<QRectF> AtSpiAccessibility::onDesktop(const PlacedRectangle& placed, qint32 processIdentifier) {
+    const auto window = frontWindow(processIdentifier);
     if (!window) {
-        const auto all = windows_->windows(processIdentifier);
-        if (all.empty()) return AXError::failure;
-        window = all.front();
+        const bool needsWindow = placed.toolkit == AtSpi::Toolkit::gtk4 || placed.lowerEdge;
+        return needsWindow ? AXResult<QRectF>(AXError::failure) : placed.rectangle;
     }
-    if (placed.isWindowRelative) return placed.rectangle.translated(window->client.topLeft());
-    const double missing = window->client.bottom() - *placed.lowerEdge;
-    const bool isMenuBar = missing > 0 && missing < tallestMenuBar;
-    return isMenuBar ? placed.rectangle.translated(0, missing) : placed.rectangle;
+    const double scale = pixelsPerPoint(*window, processIdentifier);
+    if (scale == 1 || placed.toolkit != AtSpi::Toolkit::qt)
+        return AtSpi::onDesktop(placed, *window, scale, {});
+    const auto told = windowAsTold(*window, processIdentifier);
+    if (!told.ok()) return told.error;
+    return AtSpi::onDesktop(placed, *window, scale, told.value.rectangle.topLeft());
 }
 
 AXResult<AXValue> AtSpiAccessibility::copyParameterizedAttributeValue(const AXElementRef& element,
@@ -269,10 +305,12 @@ AXResult<AXValue> AtSpiAccessibility::copyParameterizedAttributeValue(const AXEl
     if (attribute != AXAttribute::boundsForRange || target->kind() != AtSpiElement::Kind::object) {
         return AXError::parameterizedAttributeUnsupported;
     }
+    const auto window = frontWindow(target->process());
+    const double scale = window ? pixelsPerPoint(*window, target->process()) : 1;
     const auto found = worker_->ask<PlacedRectangle>(
-        [address = target->address(), asked = *range](
+        [address = target->address(), asked = *range, scale](
             Room& room, Conversation& conversation) -> AXResult<PlacedRectangle> {
-            const auto bounds = TextAccess(address, room.directory, conversation).bounds(asked);
+            const auto bounds = TextAccess(address, room.directory, conversation, scale).bounds(asked);
             if (!bounds.ok()) return bounds.error;
             return AtSpi::placed(bounds.value, address, room.directory, conversation);
         });

@@ -7,6 +7,7 @@
 namespace veltrin {
 
 class TopLevelWindows;
+struct TopLevelWindow;
 
 namespace AtSpi {
 class AtSpiElement;
@@ -58,10 +59,20 @@ private:
                                             const std::vector<AXAttribute>& attributes);
     AXResult<AXValue> focusedElement(qint32 processIdentifier);
     AXResult<QRectF> frame(const AtSpi::AtSpiElement& object);
-    AXResult<QRectF> onDesktop(const AtSpi::PlacedRectangle& placed, qint32 processIdentifier) const;
+    AXResult<QRectF> onDesktop(const AtSpi::PlacedRectangle& placed, qint32 processIdentifier);
+    struct ToldWindow;
+    AXResult<ToldWindow> windowAsTold(const TopLevelWindow& window, qint32 processIdentifier);
+    double pixelsPerPoint(const TopLevelWindow& window, qint32 processIdentifier);
+    std::optional<TopLevelWindow> frontWindow(qint32 processIdentifier) const;
 
     TopLevelWindows* windows_;
     std::unique_ptr<AtSpi::AtSpiWorker> worker_;
+    /// Of the window that was asked about last; a new size asks anew.
+    struct {
+        quint32 window = 0;
+        QSizeF size;
+        double pixelsPerPoint = 1;
+    } scale_;
 };
 
 }  // namespace veltrin

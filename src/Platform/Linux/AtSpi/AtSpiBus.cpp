@@ -8,6 +8,7 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <atomic>
 #include <climits>
 
 namespace veltrin::AtSpi {
@@ -106,7 +107,9 @@ QString AtSpiBus::addressFromSession() {
 bool AtSpiBus::open() {
     const QString address = addressFromSession();
     if (address.isEmpty()) return false;
-    const QString name = QStringLiteral("veltrin-accessibility-%1").arg(++connectionNumber_);
+    // Connections are the process's; one name for two would be one connection.
+    static std::atomic<int> number{0};
+    const QString name = QStringLiteral("veltrin-accessibility-%1").arg(++number);
     connection_ = QDBusConnection::connectToBus(address, name);
     if (!connection_.isConnected()) return false;
     connection_.connect(QString(), QLatin1String(localPath), QLatin1String(localInterface),

@@ -67,7 +67,6 @@ private:
     QSemaphore firstAttempt_;
     QTimer retry_;
     Milliseconds retryInterval_;
-    int connectionNumber_ = 0;
     bool hasReportedFailure_ = false;
     QHash<QString, Silence> silent_;
 };

@@ -32,10 +32,20 @@ AXError obstacle(const ElementFacts& facts) {
     return facts.hasText ? AXError::success : AXError::attributeUnsupported;
 }
 
+/// Chromium gives a caret's place for texts whose characters it has not laid out yet.
+bool isThin(const QRectF& rectangle, const QString& text, const TextRange& range) {
+    const bool isCharacter = range.location < text.size() && text[range.location] != u'\n';
+    return isCharacter && rectangle.width() <= 1;
+}
+
 }  // namespace
 
-TextAccess::TextAccess(ObjectAddress object, ApplicationDirectory& directory, Conversation& conversation)
-    : object_(std::move(object)), directory_(directory), conversation_(conversation) {
+TextAccess::TextAccess(ObjectAddress object, ApplicationDirectory& directory, Conversation& conversation,
+                       double pixelsPerPoint)
+    : object_(std::move(object)),
+      directory_(directory),
+      conversation_(conversation),
+      pixelsPerPoint_(pixelsPerPoint) {
 }
 
 AXResult<ElementFacts> TextAccess::readableFacts() {
@@ -100,30 +110,87 @@ AXResult<QRectF> TextAccess::bounds(const TextRange& range) {
     const auto state =
         facts.value.isTerminal() ? terminalState() : readTextState(object_, toolkit, conversation_);
     if (!state.ok()) return state.error;
-    const qint64 length = state.value.text().size();
-    return length > 0 && range.location >= length ? caretAtEnd(state.value, toolkit)
+    const QString& words = state.value.text();
+    const qint64 at = std::min<qint64>(range.location, words.size());
+    const bool isBehindCharacters = at == words.size() || (words[at] == u'\n' && range.length <= 1);
+    return isBehindCharacters && !words.isEmpty() ? caretAt(state.value, toolkit, at)
                                                   : rectangle(state.value, toolkit, range);
 }
 
-/// Most toolkits have no place for what is behind the last character, and that is where people write.
-AXResult<QRectF> TextAccess::caretAtEnd(const TextState& state, Toolkit toolkit) {
+/// A caret at the end of a line, where most toolkits have no place, and where people write.
+AXResult<QRectF> TextAccess::caretAt(const TextState& state, Toolkit toolkit, qint64 at) {
     constexpr double caretWidth = 2;  // what is thinner counts as no place
     const QString& text = state.text();
-    const qint64 last = text.size() - 1;
-    if (text[last] != u'\n') {
-        const auto before = rectangle(state, toolkit, {last, 1});
+    if (at > 0 && text[at - 1] != u'\n') {
+        const auto before = rectangle(state, toolkit, {at - 1, 1});
         if (!before.ok()) return before;
         const QRectF& character = before.value;
         return QRectF(character.right(), character.y(), caretWidth, character.height());
     }
-    // A new line begins below the last character of the one before, and as far left. A break itself has a
-    // place in few toolkits.
+    if (at < text.size()) {
+        const auto own = rectangle(state, toolkit, {at, 1});
+        if (own.ok() && own.value.height() > 0)
+            return QRectF(own.value.topLeft(), QSizeF(caretWidth, own.value.height()));
+        if (at == 0) return own;
+    }
+    // An empty line begins below the last character of the one before, and as far left.
+    const qint64 last = at - 1;
     const qint64 lineStart = last == 0 ? 0 : text.lastIndexOf(u'\n', last - 1) + 1;
     const auto first = rectangle(state, toolkit, {lineStart, 1});
     if (!first.ok()) return first;
     const auto end = rectangle(state, toolkit, {std::max(lineStart, last - 1), 1});
     if (!end.ok()) return end;
     return QRectF(first.value.left(), end.value.bottom(), caretWidth, end.value.height());
+}
+
+/// Qt's plain texts tell of every paragraph as if it were the first and take the scrolled lines for pixels.
+/// Others are left as they are. `area` is the field's.
+AXResult<QRectF> TextAccess::onItsLine(const QRectF& rectangle, const QRectF& area, const TextState& state,
+                                       qint64 at) {
+    constexpr std::size_t mostQuestions = 100;
+    constexpr double margin = 4;  // around the document, told of across alone
+    constexpr double widestFrame = 8;
+    const QString& text = state.text();
+    const qint64 start = at == 0 ? 0 : text.lastIndexOf(u'\n', at - 1) + 1;
+    if (start == 0) return rectangle;
+    const auto ask = [&](qint64 position) {
+        QVariantList arguments = offsetArguments(state.offsets.toToolkit(TextRange{position, 1}));
+        arguments << screenCoordinates;
+        return conversation_.call(object_, Name::text, "GetRangeExtents", arguments);
+    };
+    Pending first = ask(0);
+    Pending own = ask(start);
+    const auto top = conversation_.reply(std::move(first)).rectangle();
+    const auto ownTop = conversation_.reply(std::move(own)).rectangle();
+    if (!top || !ownTop) return AXError::failure;
+    if (top->y() != ownTop->y()) return rectangle;
+
+    // How many lines a paragraph above is broken into, its last character tells. A short one is not broken:
+    // no character is much wider than high.
+    std::vector<Pending> ends;
+    double above = 0;
+    for (qint64 from = 0; from < start;) {
+        const qint64 end = text.indexOf(u'\n', from);
+        if (static_cast<double>(end - from) * rectangle.height() < area.width()) {
+            above += rectangle.height();
+        } else if (ends.size() == mostQuestions) {
+            return AXError::failure;
+        } else {
+            ends.push_back(ask(end - 1));
+        }
+        from = end + 1;
+    }
+    for (Pending& end : ends) {
+        const auto last = conversation_.reply(std::move(end)).rectangle();
+        if (!last || last->height() <= 0) return AXError::failure;
+        above += last->y() - top->y() + last->height();
+    }
+    const double frame = std::clamp(top->x() - margin - area.x(), 0.0, widestFrame);
+    const double scrolledLines = std::max(0.0, area.y() + frame - top->y());
+    const double height = rectangle.height();
+    const double shift = scrolledLines + margin + above - scrolledLines * height;
+    const QRectF result = rectangle.translated(0, shift);
+    return area.contains(result.center()) ? AXResult<QRectF>(result) : AXResult<QRectF>(AXError::failure);
 }
 
 AXResult<QRectF> TextAccess::rectangle(const TextState& state, Toolkit toolkit, const TextRange& range) {
@@ -151,11 +218,19 @@ AXResult<QRectF> TextAccess::rectangle(const TextState& state, Toolkit toolkit, 
         const Reply reply = conversation_.reply(std::move(extents));
         const auto area = conversation_.reply(std::move(field)).rectangle();
         if (!reply.ok()) return reply.error;
-        const auto rectangle = reply.rectangle();
-        const bool isThere = rectangle && (rectangle->width() > 0 || rectangle->height() > 0);
+        auto rectangle = reply.rectangle();
+        // Gecko counts its texts in pixels and all else in points.
+        if (rectangle && toolkit == Toolkit::gecko) {
+            *rectangle = QRectF(rectangle->topLeft() / pixelsPerPoint_, rectangle->size() / pixelsPerPoint_);
+        }
+        const bool isThere = rectangle && (rectangle->width() > 0 || rectangle->height() > 0) &&
+                             !(toolkit == Toolkit::chromium && isThin(*rectangle, state.text(), range));
         const bool isInField =
             isThere && (!area || (!isNotLaidOut(*area, toolkit) && area->contains(rectangle->center())));
-        if (rectangle && (isBrowser ? isInField : isThere)) return *rectangle;
+        if (rectangle && (isBrowser ? isInField : isThere)) {
+            const bool isQt = toolkit == Toolkit::qt && area && state.pieces.empty();
+            return isQt ? onItsLine(*rectangle, *area, state, range.location) : *rectangle;
+        }
         if (i + 1 < attempts && !conversation_.pause(layoutPause)) break;
     }
     return AXError::failure;

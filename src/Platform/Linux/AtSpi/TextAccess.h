@@ -8,12 +8,14 @@ namespace veltrin::AtSpi {
 /// field that has become a password field or read-only meanwhile is treated as one. Worker thread only.
 class TextAccess {
 public:
-    TextAccess(ObjectAddress object, ApplicationDirectory& directory, Conversation& conversation);
+    /// `pixelsPerPoint` is the application's; only places depend on it.
+    TextAccess(ObjectAddress object, ApplicationDirectory& directory, Conversation& conversation,
+               double pixelsPerPoint = 1);
 
     /// The text with its selection, of an object with these facts; `noValue` of a password field.
     AXResult<TextState> state(const ElementFacts& facts);
-    /// The rectangle of a range on the screen; behind the end of the text, where no character is, that of a
-    /// caret there.
+    /// The rectangle of a range on the screen, in the application's points; behind the end of the text, where
+    /// no character is, that of a caret there.
     AXResult<QRectF> bounds(const TextRange& range);
 
     /// Each writes and reads back; `cannotComplete` when what was written does not stand there.
@@ -28,7 +30,9 @@ private:
     AXResult<TextState> read(const ElementFacts& facts);
     AXResult<TextState> terminalState();
     AXResult<QRectF> rectangle(const TextState& state, Toolkit toolkit, const TextRange& range);
-    AXResult<QRectF> caretAtEnd(const TextState& state, Toolkit toolkit);
+    AXResult<QRectF> caretAt(const TextState& state, Toolkit toolkit, qint64 at);
+    AXResult<QRectF> onItsLine(const QRectF& rectangle, const QRectF& area, const TextState& state,
+                               qint64 at);
 
     /// Deletes, then inserts. A deletion that was not answered in time may still happen, so the insertion is
     /// sent all the same; only after one that was refused it is not, and the result is false.
@@ -39,6 +43,7 @@ private:
     ObjectAddress object_;
     ApplicationDirectory& directory_;
     Conversation& conversation_;
+    double pixelsPerPoint_;
 };
 
 }  // namespace veltrin::AtSpi

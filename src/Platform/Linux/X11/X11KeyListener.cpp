@@ -3,6 +3,7 @@
 #include "Platform/Linux/X11/X11ServerTime.h"
 
 #include <poll.h>
+#include <pthread.h>
 #include <sched.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
@@ -22,6 +23,9 @@ constexpr std::chrono::milliseconds freeingLimit{200};
 /// A new keymap comes as a burst of notices; the grabs are renewed once it is over.
 constexpr std::uint64_t reloadDelay = 60'000'000;
 constexpr std::uint64_t millisecond = 1'000'000;
+/// How often keys are looked for while a person types, and how long after the last one.
+constexpr std::uint64_t gatheringInterval = 8 * millisecond;
+constexpr std::uint64_t typingTime = 1'000 * millisecond;
 constexpr std::uint64_t lockLookInterval = 300 * millisecond;
 constexpr std::uint64_t unlockingTime = 1'000 * millisecond;
 
@@ -53,6 +57,7 @@ std::unique_ptr<X11KeyListener> X11KeyListener::start(const QByteArray& display,
     if (listener->wake_ < 0) return nullptr;
     listener->keymap_ = std::move(keymap);
     listener->thread_ = std::thread([raw = listener.get()] { raw->run(); });
+    pthread_setname_np(listener->thread_.native_handle(), "veltrin-keys");
     return listener;
 }
 
@@ -102,19 +107,20 @@ void X11KeyListener::poke() {
 }
 
 void X11KeyListener::configure(bool listening, const std::vector<ClaimableKey>& claimable) {
+    const bool closely = std::any_of(claimable.begin(), claimable.end(),
+                                     [](const ClaimableKey& key) { return key.flags == 0; });
     {
         const std::lock_guard guard(mutex_);
         if (listening != listening_) selectEvents(listening);
         listening_ = listening;
         claimable_ = claimable;
+        mayClaimPlainKeys_ = closely;
         grabs_.arm(claimable_, *keymap_, group_);
     }
     // Also brings the thread's events into the queue of the connection, where it would not notice them by
     // itself.
     connection_->roundTrip();
     poke();
-    const bool closely = std::any_of(claimable.begin(), claimable.end(),
-                                     [](const ClaimableKey& key) { return key.flags == 0; });
     if (guard_ && closely != isWatchedClosely_) guard_->watchClosely(closely);
     isWatchedClosely_ = closely;
 }
@@ -184,17 +190,20 @@ void X11KeyListener::waitForMore() {
         pending_.emplace_back(queued);
         return;
     }
+    const auto now = monotonicNow();
+    const bool gathers = gathersKeys(now);
     std::optional<std::uint64_t> next = reloadAt_;
-    if (const auto due = repeats_.due()) next = next ? std::min(*next, *due) : *due;
+    const auto noLaterThan = [&](std::uint64_t due) { next = next ? std::min(*next, due) : due; };
+    if (const auto due = repeats_.due()) noLaterThan(*due);
+    if (gathers) noLaterThan(now + gatheringInterval);
     int timeout = -1;
     if (next) {
-        const auto now = monotonicNow();
         timeout = *next <= now
                       ? 0
                       : static_cast<int>(std::min<std::uint64_t>((*next - now) / millisecond + 1, 60'000));
     }
     connection_->flush();
-    pollfd descriptors[] = {{xcb_get_file_descriptor(connection_->xcb()), POLLIN, 0},
+    pollfd descriptors[] = {{gathers ? -1 : xcb_get_file_descriptor(connection_->xcb()), POLLIN, 0},
                             {wake_, POLLIN, 0},
                             {guard_ ? guard_->descriptor() : -1, POLLIN, 0}};
     poll(descriptors, 3, timeout);
@@ -203,6 +212,16 @@ void X11KeyListener::waitForMore() {
         std::uint64_t count = 0;
         [[maybe_unused]] const auto taken = read(wake_, &count, sizeof count);
     }
+}
+
+/// Whether keys are fetched at intervals instead of being waited for. The server wakes nobody who does not
+/// wait, and the application that is typed into need not share the processor with us. What may be claimed is
+/// waited for: a key that is grabbed stops the keyboard, and combinations begin with a modifier.
+bool X11KeyListener::gathersKeys(std::uint64_t now) {
+    if (!typedAt_ || now > *typedAt_ + typingTime) return false;
+    constexpr auto beginCombinations = KeyFlags::control | KeyFlags::option | KeyFlags::command;
+    const std::lock_guard guard(mutex_);
+    return !mayClaimPlainKeys_ && !hold_.isActive() && (keymap_->flags(modifiers_) & beginCombinations) == 0;
 }
 
 void X11KeyListener::handle(const xcb_generic_event_t& event) {
@@ -339,6 +358,7 @@ void X11KeyListener::rawPress(Keycode key, xcb_timestamp_t time) {
 /// the processor now is that application, so it goes first.
 void X11KeyListener::tellOrdinary(const KeyEvent& event) {
     sched_yield();
+    typedAt_ = monotonicNow();
     questions_.tell(event);
 }
 
