@@ -71,6 +71,21 @@ QString axStringAttribute(AXResult<AXValue> read) {
     return attributeReading<QString>(std::move(read)).value.value_or(QString());
 }
 
+struct Roles {
+    QString role;  ///< both in lower case
+    QString subrole;
+    bool isText() const {
+        return isTextRole(role) || isTextRole(subrole) || subrole.contains(u"text") ||
+               subrole.contains(u"document");
+    }
+    bool isPassword() const { return role == passwordRole || subrole == passwordRole; }
+};
+
+Roles rolesOf(Accessibility& accessibility, const AXElementRef& element) {
+    auto read = accessibility.copyAttributeValues(element, {AXAttribute::role, AXAttribute::subrole});
+    return {axStringAttribute(std::move(read[0])).toLower(), axStringAttribute(std::move(read[1])).toLower()};
+}
+
 }  // namespace
 
 QCoro::Task<std::optional<SmartSelectedContent>> SmartSelectContentReader::readSelectedContent(
@@ -125,6 +140,9 @@ SmartSelectContentReader::Found SmartSelectContentReader::readSelectedContentVia
     }
     if (Found content = contentOf(*focused.value, "AXFocusedSelectedText", "AXFocusedRange", app))
         return content;
+    // A browser tells of its bullets as of any text, in the page around the field too. Nobody selects them
+    // for a reply, and what is still selected elsewhere is not what the mouse selected now.
+    if (rolesOf(accessibility_, *focused.value).isPassword()) return std::nullopt;
     const AXTree tree = accessibility_.copyTree(*focused.value, treeLimits);
     if (Found content = findSelectedContentInChildren(tree, 0, app)) return content;
     return readSelectedContentInAppTree(app);
@@ -229,16 +247,11 @@ bool SmartSelectContentReader::shouldUseSmartSelectClipboardFallback(SmartSelect
         return decision;
     }
     focused = *element;
-    auto read = accessibility_.copyAttributeValues(focused, {AXAttribute::role, AXAttribute::subrole});
-    const QString role = axStringAttribute(std::move(read[0])).toLower();
-    const QString subrole = axStringAttribute(std::move(read[1])).toLower();
-    const bool isText =
-        isTextRole(role) || isTextRole(subrole) || subrole.contains(u"text") || subrole.contains(u"document");
+    const Roles roles = rolesOf(accessibility_, focused);
     // A password is copied by nobody, whatever its role is called.
-    const bool isPassword = role == passwordRole || subrole == passwordRole;
-    const bool decision = !isPassword && allows(isText);
+    const bool decision = !roles.isPassword() && allows(roles.isText());
     if (!decision)
-        MVPLog::write("SmartSelect clipboard fallback blocked role:", role, "subrole:", subrole,
+        MVPLog::write("SmartSelect clipboard fallback blocked role:", roles.role, "subrole:", roles.subrole,
                       "reason:", rawValue(reason));
     return decision;
 }

@@ -17,8 +17,6 @@ constexpr double showSeconds = 20;
 constexpr double clipboardSeconds = 5;
 constexpr double stopSeconds = 5;
 constexpr double hungReadLimit = 3;  // with room for a busy machine; the benchmark measures the real limit
-constexpr qsizetype largeContent = 1536 * 1024;
-const QString secretHint = u"x-kde-passwordManagerHint"_s;
 
 QList<qsizetype> boundaries(const QString& text) {
     QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
@@ -26,13 +24,6 @@ QList<qsizetype> boundaries(const QString& text) {
     while (finder.toNextBoundary() > 0)
         found << finder.position();
     return found;
-}
-
-QString quoted(const QString& text) {
-    constexpr qsizetype most = 400;
-    QString shown = text.left(most);
-    shown.replace(u'\n', u"\\n"_s);
-    return u"“%1”%2"_s.arg(shown, text.size() > most ? u" (%1 units)"_s.arg(text.size()) : QString());
 }
 
 }  // namespace
@@ -54,11 +45,29 @@ void SoakTally::add(const SoakTally& other) {
     snapshots += other.snapshots;
 }
 
+QString SoakTally::told() const {
+    return u"%1 reads right, %2 without text, %3 written, %4 refused (%5 of them unexpectedly), %6 given up, "
+           "%7 while hung, %8 snapshots"_s.arg(readRight)
+               .arg(readNothing)
+               .arg(written)
+               .arg(refused)
+               .arg(unexpected)
+               .arg(givenUp)
+               .arg(hung)
+               .arg(snapshots);
+}
+
 SoakSession::SoakSession(SoakWorld& world, const QString& application, quint64 seed)
-    : world_(world), random_(seed), application_(application, world.text, world.desktop, world.probe) {
+    : world_(world), chance_(seed), application_(application, world.text, world.desktop, world.probe) {
     for (const MatrixRow& row : MatrixTable::shared().rows()) {
         if (row.application == application) rows_.push_back(&row);
     }
+}
+
+QStringList SoakSession::applications() {
+    return {u"mousepad"_s, u"gnome-text-editor"_s, u"qt-widgets"_s,
+            u"qt-quick"_s, u"chromium"_s,          u"firefox"_s,
+            u"xterm"_s,    u"lxterminal"_s,        u"libreoffice-writer"_s};
 }
 
 void SoakSession::fail(const QString& what) const {
@@ -72,59 +81,23 @@ bool SoakSession::isOneLine() const {
 // MARK: Chance
 
 QString SoakSession::words(int count) {
-    static const QStringList plain{u"ab"_s,  u"tail"_s, u"Grüße"_s, u"naïve"_s, u"中文"_s,
-                                   u"мир"_s, u"1,5"_s,  u"<b>"_s,   u"a&b"_s,   u"\"so\""_s};
-    static const QStringList hard{u"\U0001F468\u200D\U0001F469\u200D\U0001F467"_s, u"\U0001F600"_s,
-                                  u"e\u0301t"_s, u"\U0001F1E9\U0001F1EA"_s, u"\U00020000"_s};
-    QString text;
-    for (int i = 0; i < count; ++i) {
-        const QStringList& list = chance(30) && !isTerminal() ? hard : plain;
-        if (i > 0) text += !isOneLine() && !isTerminal() && chance(15) ? u'\n' : u' ';
-        text += list[below(static_cast<int>(list.size()))];
-    }
-    return text;
-}
-
-SoakSession::Content SoakSession::content() {
-    Content content;
-    const int kind = below(10);
-    if (kind == 0) return content;
-    if (kind == 1) {
-        content.offered.contents[u"image/png"_s] = "\x89PNG\r\n\x1A\n" + QByteArray(3000, '\7');
-        return content;
-    }
-    content.text = u"the user's "_s + words(3);
-    if (kind == 2) {
-        while (content.text->size() < largeContent / 4)
-            *content.text += u" 1.5 megabytes 中文 \U0001F600"_s.repeated(1000);
-    }
-    content.offered = ClipboardSnapshot::ofText(*content.text);
-    if (kind == 3) {
-        content.isSecret = true;
-        content.offered.contents[secretHint] = "secret";
-    } else if (kind < 7) {
-        content.offered.contents[u"text/html"_s] = "<b>" + content.text->toUtf8() + "</b>";
-        content.offered.contents[u"image/png"_s] = "\x89PNG\r\n\x1A\n" + QByteArray(3000, '\7');
-        content.offered.contents[u"application/x-of-somebody"_s] = QByteArray("\0\1\2\0", 4);
-        if (kind == 4) content.offered.contents[u"application/x-large"_s] = QByteArray(largeContent, 'x');
-    }
-    return content;
+    return chance_.words(count, {.mayBeHard = !isTerminal(), .mayBreak = !isOneLine() && !isTerminal()});
 }
 
 FieldState SoakSession::state(Place place) {
-    const bool isLong = !isOneLine() && !isTerminal() && chance(4);
-    const QString text = words(isLong ? 500 + below(3000) : 2 + below(isTerminal() ? 4 : 12));
+    const bool isLong = !isOneLine() && !isTerminal() && chance_.percent(4);
+    const QString text = words(isLong ? 500 + chance_.below(3000) : 2 + chance_.below(isTerminal() ? 4 : 12));
     if (isTerminal()) return {text, text.size(), text.size()};
     const QList<qsizetype> places = boundaries(text);
     const int last = static_cast<int>(places.size()) - 1;
     if (place != Place::selection) {
-        const qsizetype caret = places[below(last + 1)];
+        const qsizetype caret = places[chance_.below(last + 1)];
         return {text, caret, caret};
     }
-    if (chance(15)) return {text, 0, text.size()};
-    const int first = below(last);
+    if (chance_.percent(15)) return {text, 0, text.size()};
+    const int first = chance_.below(last);
     const qsizetype start = places[first];
-    qsizetype end = places[first + 1 + below(std::min(last - first, 12))];
+    qsizetype end = places[first + 1 + chance_.below(std::min(last - first, 12))];
     // Between the blocks of a page's editor is no character: what is selected up to a block's start leaves
     // the break standing.
     while (row_->field == u"editable" && end > start && text[end - 1] == u'\n')
@@ -138,9 +111,9 @@ void SoakSession::round() {
     if (left_) expectText(*left_, "since the round before");
     left_.reset();
     ++tally_.rounds;
-    row_ = rows_[static_cast<std::size_t>(below(static_cast<int>(rows_.size())))];
-    const auto place = static_cast<Place>(below(3));
-    const int what = below(100);
+    row_ = rows_[static_cast<std::size_t>(chance_.below(static_cast<int>(rows_.size())))];
+    const auto place = static_cast<Place>(chance_.below(3));
+    const int what = chance_.below(100);
     static constexpr const char* places[] = {"a selection", "the caret", "the whole field"};
     story_ = row_->title + u", "_s + QLatin1String(places[static_cast<int>(place)]);
     prepare(place);
@@ -165,7 +138,7 @@ void SoakSession::prepare(Place place) {
     XDesktop& x = world_.desktop.x();
     if (x.activeWindow() != application_.window() && !x.activate(application_.window(), setSeconds))
         fail(u"its window cannot be made active"_s);
-    content_ = content();
+    content_ = randomContent(chance_);
     if (content_.offered.contents.isEmpty()) {
         world_.text.pasteboard.clearContents();
     } else {
@@ -215,7 +188,7 @@ void SoakSession::readOnly() {
 
 void SoakSession::write(bool directly, Place place) {
     story_ += directly ? u", written directly"_s : u", pasted"_s;
-    const QString replacement = u"new "_s + words(1 + below(6));
+    const QString replacement = u"new "_s + words(1 + chance_.below(6));
     ExternalTextWriteback& writeback = directly ? world_.text.directWriteback : world_.text.writeback;
     const auto result = writeback.apply(replacement, read_, place == Place::all);
     note(result.success, directly, place);
@@ -246,7 +219,7 @@ void SoakSession::byClipboard(Place place) {
         fail(u"copied %1 of %2"_s.arg(quoted(read.text), quoted(state_.text)));
     expectText(state_.text, "after a copy");
     expectStringBack(std::nullopt, "after a copy");
-    const QString replacement = u"new "_s + words(1 + below(6));
+    const QString replacement = u"new "_s + words(1 + chance_.below(6));
     const bool isWritten = world_.text.fallback.write(replacement, read);
     finish(isWritten, false, expectedAfter(replacement, isTerminal() ? place : Place::all), replacement,
            "after a write by the clipboard road");
@@ -260,7 +233,7 @@ void SoakSession::whileHung(Place place) {
     const double begin = monotonicSeconds();
     world_.text.reader.readFocusedText();
     const double taken = monotonicSeconds() - begin;
-    const QString replacement = u"new "_s + words(1 + below(6));
+    const QString replacement = u"new "_s + words(1 + chance_.below(6));
     const auto result = world_.text.writeback.apply(replacement, read_, place == Place::all);
     kill(process, SIGCONT);
     if (taken > hungReadLimit) fail(u"a read of a hung application took %1 s"_s.arg(taken));
@@ -332,7 +305,7 @@ void SoakSession::expectStringBack(const std::optional<QString>& orElse, const c
 
 /// By its own delay, or at once as at the end of the program.
 void SoakSession::giveBack() {
-    if (!chance(20)) world_.text.loan.giveBackPending();
+    if (!chance_.percent(20)) world_.text.loan.giveBackPending();
 }
 
 void SoakSession::finish(bool success, bool isDirect, const QString& expected, const QString& replacement,
@@ -346,7 +319,7 @@ void SoakSession::finish(bool success, bool isDirect, const QString& expected, c
     // Where the clipboard held no text, a refused paste before a direct write leaves ours there: meant so.
     const auto orElse = isDirect ? std::optional(replacement) : std::nullopt;
     // At the end of the program the clipboard comes back before the paste was taken.
-    const bool isAtOnce = chance(10);
+    const bool isAtOnce = chance_.percent(10);
     if (isAtOnce) {
         story_ += u", the clipboard given back at once"_s;
         world_.text.loan.giveBackPending();

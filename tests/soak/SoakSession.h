@@ -1,19 +1,10 @@
 #pragma once
 
 #include "desktop/matrix/MatrixTable.h"
-#include "support/desktop/ClipboardProbe.h"
+#include "soak/Chance.h"
 #include "support/fields/FieldApplications.h"
 
-#include <random>
-#include <stdexcept>
-
 namespace veltrin {
-
-/// What must not be: text lost, doubled or misread, the clipboard not given back, a key left down.
-class Broken : public std::runtime_error {
-public:
-    explicit Broken(const QString& what) : std::runtime_error(what.toStdString()) {}
-};
 
 struct SoakWorld {
     SoakWorld();
@@ -35,12 +26,19 @@ struct SoakTally {
     int hung = 0;
     int snapshots = 0;
     void add(const SoakTally& other);
+    QString told() const;
+    /// A program that refuses everything would break nothing.
+    bool isEnough() const { return written > 0 && (unexpected + givenUp) * 20 <= written; }
 };
 
 /// One application, and rounds in it: a field is given a random text and selection, the clipboard a random
 /// content; something is read or written; then everything is looked at by the tests' own means.
 class SoakSession {
 public:
+    using World = SoakWorld;
+    using Tally = SoakTally;
+    static QStringList applications();
+    static constexpr int warmUpSessions = 2;  ///< everything has been used once by then
     SoakSession(SoakWorld& world, const QString& application, quint64 seed);
 
     /// Throws Broken, or std::runtime_error for a desktop that does not work.
@@ -50,18 +48,9 @@ public:
     QString story() const { return story_; }
 
 private:
-    /// What lies on the clipboard before a round.
-    struct Content {
-        ClipboardSnapshot offered;
-        std::optional<QString> text;
-        bool isSecret = false;
-    };
     enum class Place { selection, caret, all };
 
-    int below(int limit) { return std::uniform_int_distribution<int>(0, limit - 1)(random_); }
-    bool chance(int percent) { return below(100) < percent; }
     QString words(int count);
-    Content content();
     FieldState state(Place place);
 
     void prepare(Place place);
@@ -88,12 +77,12 @@ private:
     bool isOneLine() const;
 
     SoakWorld& world_;
-    std::mt19937_64 random_;
+    Chance chance_;
     FieldApplication application_;
     std::vector<const MatrixRow*> rows_;
     const MatrixRow* row_ = nullptr;
     FieldState state_;
-    Content content_;
+    UsersContent content_;
     ExternalTextReadResult read_;
     std::optional<QString> left_;  ///< what the field held at the end of the round before
     QString story_;

@@ -1,11 +1,15 @@
-// Reading and writing at random in real applications, with everything checked after every round.
+// Reading and writing, or selecting with the mouse, at random in real applications, with everything checked
+// after every round.
 //
-//   veltrin_soak [--rounds N] [--seconds N] [--seed N] [--first SESSION] [APPLICATION...]
+//   veltrin_soak [--rounds N | --selections N] [--each N] [--seconds N] [--seed N] [--first SESSION]
+//   [APPLICATION...]
 //
 // It ends after so many rounds or so much time, whichever comes first, and with 1 when something was broken.
-// The same seed leads through the same rounds; --first begins with a later session of them.
+// The same seed leads through the same rounds; --first begins with a later session of them, --each gives
+// every session so many rounds.
 #include "Foundation/MVPLog.h"
 #include "soak/ResourceCount.h"
+#include "soak/SelectionSession.h"
 #include "soak/SoakSession.h"
 #include "support/desktop/Waiting.h"
 
@@ -24,28 +28,27 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
-constexpr int roundsOfSession = 20;
 constexpr int mostFailures = 10;
-constexpr int warmUpSessions = 2;  // everything has been used once by then
 constexpr double transferSeconds = 10;
 constexpr int underWay = 2;        // X resources of a transfer or a question that an ended program left open
 constexpr double mostGrowth = 64;  // megabytes beyond those of the warm-up
 
-const QStringList applications{u"mousepad"_s, u"gnome-text-editor"_s, u"qt-widgets"_s,
-                               u"qt-quick"_s, u"chromium"_s,          u"firefox"_s,
-                               u"xterm"_s,    u"lxterminal"_s,        u"libreoffice-writer"_s};
-
 struct Limits {
     int rounds = 2000;
+    int roundsOfSession = 20;
     double seconds = 1e9;
     quint64 seed = 1;
     int firstSession = 0;
     QStringList applications;
 };
 
+/// Sessions of one kind, one after the other.
+template <typename Session>
 class Soak {
 public:
-    explicit Soak(Limits limits) : limits_(std::move(limits)), count_(world_.desktop.x()) {}
+    explicit Soak(Limits limits) : limits_(std::move(limits)), count_(world_.desktop.x()) {
+        if (limits_.applications.isEmpty()) limits_.applications = Session::applications();
+    }
 
     bool run() {
         const double begin = monotonicSeconds();
@@ -57,15 +60,9 @@ public:
             play(session, isOver);
             if (!isOver() || session > limits_.firstSession) account(session - limits_.firstSession);
         }
-        std::printf(
-            "%d rounds in %.0f s: %d reads right, %d without text, %d written, %d refused (%d of them "
-            "unexpectedly), %d given up, %d while hung, "
-            "%d snapshots; %d failures\n",
-            total_.rounds, monotonicSeconds() - begin, total_.readRight, total_.readNothing, total_.written,
-            total_.refused, total_.unexpected, total_.givenUp, total_.hung, total_.snapshots, failures_);
-        // A program that refuses everything would break nothing.
-        return failures_ == 0 && total_.written > 0 &&
-               (total_.unexpected + total_.givenUp) * 20 <= total_.written;
+        std::printf("%d rounds in %.0f s: %s; %d failures\n", total_.rounds, monotonicSeconds() - begin,
+                    qPrintable(total_.told()), failures_);
+        return failures_ == 0 && total_.isEnough();
     }
 
 private:
@@ -75,10 +72,10 @@ private:
         const auto size = static_cast<quint64>(limits_.applications.size());
         const QString name =
             limits_.applications[static_cast<qsizetype>(static_cast<quint64>(number) % size)];
-        std::unique_ptr<SoakSession> session;
+        std::unique_ptr<Session> session;
         try {
-            session = std::make_unique<SoakSession>(world_, name, random());
-            for (int i = 0; i < roundsOfSession && !isOver(); ++i)
+            session = std::make_unique<Session>(world_, name, random());
+            for (int i = 0; i < limits_.roundsOfSession && !isOver(); ++i)
                 session->round();
         } catch (const std::exception& error) {
             ++failures_;
@@ -88,10 +85,8 @@ private:
         }
         world_.text.loan.giveBackPending();
         if (session) {
-            const SoakTally& done = session->tally();
-            std::printf("session %d, %s: %d rounds, %d written, %d refused\n", number, qPrintable(name),
-                        done.rounds, done.written, done.refused);
-            total_.add(done);
+            std::printf("session %d, %s: %d rounds\n", number, qPrintable(name), session->tally().rounds);
+            total_.add(session->tally());
         }
         std::fflush(stdout);
         session.reset();
@@ -107,7 +102,7 @@ private:
 
     void account(int sessions) {
         Resources now = count_.now();
-        if (sessions < warmUpSessions) {
+        if (sessions < Session::warmUpSessions) {
             first_ = now;
             return;
         }
@@ -125,15 +120,16 @@ private:
         check("D-Bus match rules", first_.matchRules, now.matchRules, 0);
         check("X resources", first_.xResources, now.xResources, underWay);
         if (now.xResources > first_.xResources + underWay)
-            std::printf("        %s\n", qPrintable(now.xKinds.join(u", "_s)));
+            std::printf("        from %s\n        to   %s\n", qPrintable(first_.xKinds.join(u", "_s)),
+                        qPrintable(now.xKinds.join(u", "_s)));
         check("open files", first_.descriptors, now.descriptors, 0);
         check("memory in MB", first_.megabytes, now.megabytes, mostGrowth);
     }
 
     Limits limits_;
-    SoakWorld world_;
+    typename Session::World world_;
     ResourceCount count_;
-    SoakTally total_;
+    typename Session::Tally total_;
     Resources first_;
     int failures_ = 0;
 };
@@ -141,16 +137,22 @@ private:
 int run() {
     QCommandLineParser parser;
     const QCommandLineOption rounds(u"rounds"_s, {}, u"N"_s, u"2000"_s);
+    const QCommandLineOption selections(u"selections"_s, {}, u"N"_s);
+    const QCommandLineOption each(u"each"_s, {}, u"N"_s, u"20"_s);
     const QCommandLineOption seconds(u"seconds"_s, {}, u"N"_s, u"1000000"_s);
     const QCommandLineOption seed(u"seed"_s, {}, u"N"_s, u"1"_s);
     const QCommandLineOption first(u"first"_s, {}, u"SESSION"_s, u"0"_s);
-    parser.addOptions({rounds, seconds, seed, first});
+    parser.addOptions({rounds, selections, each, seconds, seed, first});
     parser.process(*QCoreApplication::instance());
-    const QStringList wanted = parser.positionalArguments();
-    Soak soak({parser.value(rounds).toInt(), parser.value(seconds).toDouble(),
-               parser.value(seed).toULongLong(), parser.value(first).toInt(),
-               wanted.isEmpty() ? applications : wanted});
-    return soak.run() ? 0 : 1;
+    const bool isSelecting = parser.isSet(selections);
+    const Limits limits{.rounds = parser.value(isSelecting ? selections : rounds).toInt(),
+                        .roundsOfSession = parser.value(each).toInt(),
+                        .seconds = parser.value(seconds).toDouble(),
+                        .seed = parser.value(seed).toULongLong(),
+                        .firstSession = parser.value(first).toInt(),
+                        .applications = parser.positionalArguments()};
+    const bool isGood = isSelecting ? Soak<SelectionSession>(limits).run() : Soak<SoakSession>(limits).run();
+    return isGood ? 0 : 1;
 }
 
 }  // namespace

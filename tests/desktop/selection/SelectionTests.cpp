@@ -244,6 +244,34 @@ TEST_F(SelectionTest, aTerminalWithACopyKeyIsAskedByThatKeyAndNeverInterrupted) 
     EXPECT_EQ(terminal.field(u"text"_s).state().text, u"alpha bravo charlie") << "no byte came in";
 }
 
+TEST_F(SelectionTest, aTerminalIsNeverTakenAtItsWordAboutASelection) {
+    FieldApplication& terminal = startApplication(u"lxterminal"_s);
+    // VTE says that something else is selected here, and not that it does not know.
+    terminal.field(u"text"_s).set({u"first мир \"so\" ab 中文\nмир \"so\" a&b"_s, 0, 0});
+    ClipboardProbe primary(desktop(), "PRIMARY");
+    const QPoint first = x().geometry(terminal.window()).topLeft() + QPoint(16, 44);
+    drag({first + QPoint(40, 0), first + QPoint(70, 20)});
+    const QString shown = shownText();
+    EXPECT_TRUE(shown.contains(u'\n')) << qPrintable(shown);
+    EXPECT_EQ(shown, primary.text().value_or(u"nothing"_s));
+    EXPECT_EQ(copyKeysPosted(), 1);
+}
+
+TEST_F(SelectionTest, aPasswordOfAPageIsNeitherShownNorCopied) {
+    FieldApplication& browser = startApplication(u"chromium"_s);
+    auto& area = dynamic_cast<PageField&>(browser.field(u"textarea"_s));
+    auto& password = dynamic_cast<PageField&>(browser.field(u"password"_s));
+    area.set({u"alpha"_s, 0, 0});
+    const QPoint first = placeOf(0, 5).center();
+    password.set({u"secret"_s, 0, 0});
+    click(first + QPoint(0, password.box().center().y() - area.box().top() - 14), 2);
+    EXPECT_TRUE(waitForNothing(1));
+    EXPECT_EQ(password.selected(), u"secret") << "it was the password that was clicked";
+    EXPECT_TRUE(surface().shown.empty());
+    EXPECT_EQ(copyKeysPosted(), 0);
+    EXPECT_EQ(clipboard().ownerChanges(), 1);
+}
+
 TEST_F(SelectionTest, aPasswordIsNeitherReadNorCopied) {
     Program editor =
         Program::qtEditor(desktop(), {u"--password"_s, u"secret"_s, u"--focus"_s, u"password"_s});

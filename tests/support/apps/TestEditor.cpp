@@ -132,6 +132,7 @@ int main(int argc, char** argv) {
     const veltrin::FieldControl control(
         arguments.value(QStringLiteral("control")),
         {{QStringLiteral("text"), controlOf(first.findChild<QPlainTextEdit*>(QStringLiteral("text")))},
-         {QStringLiteral("line"), controlOf(first.findChild<QLineEdit*>(QStringLiteral("line")))}});
+         {QStringLiteral("line"), controlOf(first.findChild<QLineEdit*>(QStringLiteral("line")))},
+         {QStringLiteral("password"), controlOf(first.findChild<QLineEdit*>(QStringLiteral("password")))}});
     return QApplication::exec();
 }

@@ -121,6 +121,8 @@ FieldApplication::FieldApplication(const QString& name, ExternalTextDesktop& tex
         startWriter();
     } else if (name == u"xterm" || name == u"lxterminal") {
         startTerminal();
+    } else if (name == u"zenity") {
+        begin({u"zenity"_s, u"--scale"_s, u"--text"_s, u"A plain window without a field for text"_s});
     } else {
         throw std::runtime_error("no such application: " + name.toStdString());
     }
@@ -153,12 +155,13 @@ void FieldApplication::startControlled(const QString& program) {
     const QString socket = desktop_.file(program + u".socket"_s);
     QFile::remove(socket);
     begin({QStringLiteral(VELTRIN_BINARY_DIR "/bin/") + program, u"--control"_s, socket});
-    for (const QString& field : {u"text"_s, u"line"_s})
+    for (const QString& field : {u"text"_s, u"line"_s, u"password"_s})
         fields_[field] = std::make_unique<ControlledField>(socket, field);
 }
 
 void FieldApplication::addPage() {
-    for (const QString& field : {u"textarea"_s, u"input"_s, u"editable"_s, u"password"_s, u"readonly"_s}) {
+    for (const QString& field :
+         {u"textarea"_s, u"input"_s, u"editable"_s, u"password"_s, u"readonly"_s, u"page"_s}) {
         fields_[field] = std::make_unique<PageField>(*page_, field);
         fields_[field]->state();
     }

@@ -13,8 +13,8 @@ namespace veltrin {
 class FieldApplication {
 public:
     /// By its name: "mousepad", "gedit", "gnome-text-editor", "qt-widgets", "qt-quick", "chromium",
-    /// "firefox", "libreoffice-writer", "xterm", "lxterminal". Returns when its window is active and its
-    /// fields can be set. Throws std::runtime_error when it does not come up.
+    /// "firefox", "libreoffice-writer", "xterm", "lxterminal", and "zenity", which has no field. Returns when
+    /// its window is active and its fields can be set. Throws std::runtime_error when it does not come up.
     FieldApplication(const QString& name, ExternalTextDesktop& text, RealDesktop& desktop, AtSpiProbe& probe);
     FieldApplication(const FieldApplication&) = delete;
     FieldApplication& operator=(const FieldApplication&) = delete;

@@ -3,6 +3,7 @@
 #include "support/desktop/Waiting.h"
 
 #include <QFile>
+#include <QJsonArray>
 #include <QJsonDocument>
 
 #include <fcntl.h>
@@ -30,6 +31,11 @@ FieldState stateIn(const QJsonObject& answer) {
 }
 
 }  // namespace
+
+QString FieldDriver::selected() {
+    const FieldState now = state();
+    return now.text.mid(now.start, now.end - now.start);
+}
 
 ControlledField::ControlledField(const QString& socket, QString name) : name_(std::move(name)) {
     const bool connected = waitUntil(20, [&] {
@@ -60,20 +66,37 @@ FieldState ControlledField::state() {
     return ask(question(name_, u"state"_s));
 }
 
-FieldState PageField::ask(QJsonObject asked) {
-    return stateIn(server_.ask(std::move(asked)));
+QJsonObject PageField::ask(const QString& action, const FieldState& state) {
+    return server_.ask(question(name_, action, state.start, state.end, state.text));
 }
 
 void PageField::set(const FieldState& state) {
-    ask(question(name_, u"set"_s, state.start, state.end, state.text));
+    ask(u"set"_s, state);
 }
 
 void PageField::select(qsizetype start, qsizetype end) {
-    ask(question(name_, u"select"_s, start, end));
+    ask(u"select"_s, {{}, start, end});
 }
 
 FieldState PageField::state() {
-    return ask(question(name_, u"state"_s));
+    return stateIn(ask(u"state"_s));
+}
+
+QString PageField::selected() {
+    return ask(u"state"_s).value(u"selected"_s).toString();
+}
+
+QStringList PageField::keys() {
+    QStringList keys;
+    for (const QJsonValue& key : ask(u"state"_s).value(u"keys"_s).toArray())
+        keys << key.toString();
+    return keys;
+}
+
+QRect PageField::box() {
+    const QJsonArray box = ask(u"state"_s).value(u"box"_s).toArray();
+    if (box.size() != 4) throw std::runtime_error("the page does not say where the field is");
+    return {box[0].toInt(), box[1].toInt(), box[2].toInt(), box[3].toInt()};
 }
 
 void ProbedFieldDriver::set(const FieldState& state) {

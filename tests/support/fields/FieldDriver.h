@@ -5,6 +5,7 @@
 #include "support/fields/PageServer.h"
 
 #include <QLocalSocket>
+#include <QRect>
 #include <QString>
 
 #include <functional>
@@ -27,6 +28,8 @@ public:
     virtual void set(const FieldState& state) = 0;
     virtual void select(qsizetype start, qsizetype end) = 0;
     virtual FieldState state() = 0;
+    /// What the application says is selected.
+    virtual QString selected();
 };
 
 /// A field of one of our own test applications.
@@ -50,9 +53,14 @@ public:
     void set(const FieldState& state) override;
     void select(qsizetype start, qsizetype end) override;
     FieldState state() override;
+    QString selected() override;
+    /// Where it stands in the page, from the corner of what is seen of that.
+    QRect box();
+    /// Every key that the page was given so far, as scripts name them: "Shift", "c".
+    QStringList keys();
 
 private:
-    FieldState ask(QJsonObject question);
+    QJsonObject ask(const QString& action, const FieldState& state = {});
     PageServer& server_;
     QString name_;
 };

@@ -9,7 +9,6 @@ namespace veltrin {
 namespace {
 
 constexpr double startSeconds = 60;
-constexpr double stepSeconds = 0.02;
 constexpr int stepPixels = 12;
 
 }  // namespace
@@ -41,7 +40,7 @@ QRect SelectionDesktop::placeOf(const FieldApplication& application, qint64 loca
     return place->toRect();
 }
 
-double dragThrough(Typist& typist, const QList<QPoint>& places) {
+double dragThrough(Typist& typist, const QList<QPoint>& places, double stepSeconds) {
     double released = 0;
     typist.whileLoopRuns([&](Typist& hand) {
         hand.moveMouse(places.front());

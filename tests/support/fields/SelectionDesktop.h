@@ -50,9 +50,10 @@ public:
     SmartSelectTrigger trigger;
 };
 
-/// Presses at the first place, goes to the others in steps that a busy machine sees, and releases. The test's
-/// event loop runs meanwhile. When the button was released, on the clock of `monotonicSeconds`.
-double dragThrough(Typist& typist, const QList<QPoint>& places);
+/// Presses at the first place, goes to the others in steps that a busy machine sees (so many seconds for
+/// each), and releases. The test's event loop runs meanwhile. When the button was released, on the clock of
+/// `monotonicSeconds`.
+double dragThrough(Typist& typist, const QList<QPoint>& places, double stepSeconds = 0.02);
 
 /// How many elements a tree has.
 int sizeOf(const AXTree& tree);

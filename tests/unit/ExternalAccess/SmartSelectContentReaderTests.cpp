@@ -371,6 +371,10 @@ TEST_F(SmartSelectContentReaderTest, aPasswordIsNeitherReadNorCopied) {
     const Element focused = focusOn(element());
     focused->answer(AXAttribute::role, u"AXSecureTextField"_s);
     focused->answer(AXAttribute::subrole, u"AXSecureTextField"_s);
+    // The bullets, as browsers have them below the field and in the page around it.
+    const Element bullets = selecting(u"••••"_s);
+    give(focused, AXAttribute::children, {bullets});
+    application().answer(AXAttribute::focusedWindow, AXElementRef(selecting(u"name ••••"_s)));
     EXPECT_FALSE(read());
     EXPECT_EQ(desktop.keyPoster.records.size(), 0U);
     EXPECT_EQ(desktop.log.count("pasteboard cleared"), 0);

@@ -74,11 +74,9 @@ AXResult<TextState> TextAccess::terminalState() {
     Pending caret = conversation_.property(object_, Name::text, "CaretOffset");
     Pending extents = conversation_.call(object_, Name::component, "GetExtents", {screenCoordinates});
     Pending selections = conversation_.call(object_, Name::text, "GetNSelections");
-    Pending selection = conversation_.call(object_, Name::text, "GetSelection", {0});
     const Reply caretReply = conversation_.reply(std::move(caret));
     const Reply extentsReply = conversation_.reply(std::move(extents));
     const Reply selectionsReply = conversation_.reply(std::move(selections));
-    const Reply selectionReply = conversation_.reply(std::move(selection));
     if (!caretReply.ok()) return caretReply.error;
     const qint64 end = std::max<qint64>(caretReply.number(), 0);
     qint64 start = std::max<qint64>(end - mostTerminalOffsets, 0);
@@ -93,20 +91,13 @@ AXResult<TextState> TextAccess::terminalState() {
 
     const TextOffsets rows(text.text(), end - start, Toolkit::other);
     const QString kept = Characters::suffix(rows.text(), mostTerminalCharacters);
-    const qint64 cut = rows.text().size() - kept.size();
     TextState state;
     state.offsets = TextOffsets(kept, kept.size(), Toolkit::other);
     state.caret = kept.size();
     state.origin = end - state.offsets.length();
-    if (selectionsReply.number() > 0 && selectionReply.ok()) {
-        const TextRange range =
-            rows.toUtf16({selectionReply.number(0) - start, selectionReply.number(1) - start});
-        const qint64 first = std::max<qint64>(range.location - cut, 0);
-        const qint64 last = range.location + range.length - cut;
-        if (last > first) state.selection = TextRange{first, last - first};
-        // VTE puts both ends of what the mouse has selected at the end of its text.
-        state.isSelectionKnown = last > first;
-    }
+    // VTE puts what the mouse has selected anywhere: mostly at the end of its text, or at a few characters
+    // that have nothing to do with it when a row before them was longer than its characters are.
+    state.isSelectionKnown = selectionsReply.number() <= 0;
     return state;
 }
 
