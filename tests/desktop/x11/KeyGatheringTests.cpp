@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+
 namespace veltrin {
 namespace {
 
@@ -49,6 +51,16 @@ TEST_F(KeyGathering, whilePlainTextIsTypedTheListenerDoesNotWakeForEachKey) {
     ASSERT_TRUE(waitForEvents(2 * keys));
     EXPECT_LT(static_cast<double>(sleeps), took / 0.008 + 20) << "in " << took << " s";
     EXPECT_EQ(events.size(), 2U * keys);
+}
+
+TEST_F(KeyGathering, afterATapOfTheSpaceBarTheListenerWaits) {
+    start();
+    beginTyping();
+    type([](Typist& t) { t.tap(QStringLiteral("space")); });
+    ASSERT_TRUE(waitForEvents(2));
+    const qint64 before = sleepsOfTheListener();
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    EXPECT_LT(sleepsOfTheListener() - before, 10);
 }
 
 TEST_F(KeyGathering, keysThatAreFetchedTogetherKeepTheirOwnTimesAndOrder) {

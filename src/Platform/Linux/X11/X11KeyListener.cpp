@@ -358,7 +358,9 @@ void X11KeyListener::rawPress(Keycode key, xcb_timestamp_t time) {
 /// the processor now is that application, so it goes first.
 void X11KeyListener::tellOrdinary(const KeyEvent& event) {
     sched_yield();
-    typedAt_ = monotonicNow();
+    // A tap of the space bar may begin a gesture, and the end of one is to be seen at once.
+    typedAt_.reset();
+    if (event.keyCode != KeyCode::space) typedAt_ = monotonicNow();
     questions_.tell(event);
 }
 

@@ -93,7 +93,7 @@ private:
     std::optional<std::uint64_t> unlockedAt_;  ///< when the screen was last looked at and was not locked
     Keycode toldKey_ = 0;                      ///< the press told last without a grab
     xcb_timestamp_t toldTime_ = 0;
-    std::optional<std::uint64_t> typedAt_;  ///< when an ordinary key was told last
+    std::optional<std::uint64_t> typedAt_;  ///< when a key was told last, if it was not the space bar
 
     std::mutex mutex_;  ///< guards what follows, and the hold
     std::shared_ptr<const X11Keymap> keymap_;
