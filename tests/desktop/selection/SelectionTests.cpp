@@ -246,7 +246,7 @@ TEST_F(SelectionTest, aTerminalWithACopyKeyIsAskedByThatKeyAndNeverInterrupted) 
 
 TEST_F(SelectionTest, aTerminalIsNeverTakenAtItsWordAboutASelection) {
     FieldApplication& terminal = startApplication(u"lxterminal"_s);
-    // VTE says that something else is selected here, and not that it does not know.
+    // Of these lines VTE tells a piece, where it mostly says that nothing is selected.
     terminal.field(u"text"_s).set({u"first мир \"so\" ab 中文\nмир \"so\" a&b"_s, 0, 0});
     ClipboardProbe primary(desktop(), "PRIMARY");
     const QPoint first = x().geometry(terminal.window()).topLeft() + QPoint(16, 44);

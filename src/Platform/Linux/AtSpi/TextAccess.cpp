@@ -95,8 +95,8 @@ AXResult<TextState> TextAccess::terminalState() {
     state.offsets = TextOffsets(kept, kept.size(), Toolkit::other);
     state.caret = kept.size();
     state.origin = end - state.offsets.length();
-    // VTE puts what the mouse has selected anywhere: mostly at the end of its text, or at a few characters
-    // that have nothing to do with it when a row before them was longer than its characters are.
+    // VTE miscounts what the mouse has selected: mostly it says the end of its text, and sometimes a piece of
+    // it.
     state.isSelectionKnown = selectionsReply.number() <= 0;
     return state;
 }
