@@ -80,12 +80,14 @@ QStringList ResourceCount::xKinds(int* total) {
         if (!held) continue;
         const auto* types = xcb_res_query_client_resources_types(held.get());
         for (int i = 0; i < xcb_res_query_client_resources_types_length(held.get()); ++i) {
-            *total += static_cast<int>(types[i].count);
             const XReply<xcb_get_atom_name_reply_t> name(xcb_get_atom_name_reply(
                 connection, xcb_get_atom_name(connection, types[i].resource_type), nullptr));
             const QString kind = name ? QString::fromLatin1(xcb_get_atom_name_name(name.get()),
                                                             xcb_get_atom_name_name_length(name.get()))
                                       : QString();
+            // Others' interest in our windows: Chromium asks about every window there is.
+            if (kind == u"ShapeEvent") continue;
+            *total += static_cast<int>(types[i].count);
             kinds << u"%1 %2 %3"_s.arg(id.data->spec.client, 0, 16).arg(kind).arg(types[i].count);
         }
     }

@@ -38,6 +38,14 @@ QString nameOf(int gesture) {
     return names[gesture];
 }
 
+QString withoutOuterBreaks(QString text) {
+    while (text.startsWith(u'\n'))
+        text.remove(0, 1);
+    while (text.endsWith(u'\n'))
+        text.chop(1);
+    return text;
+}
+
 QString told(QPoint point) {
     return u"%1,%2"_s.arg(point.x()).arg(point.y());
 }
@@ -427,7 +435,11 @@ void SelectionSession::expectKeys(const Look& look, bool withShift) {
 
 bool SelectionSession::isRight(const Look& look) const {
     if (Text::isBlank(look.selected)) return look.icons == 0;
-    return look.icons == 1 && look.shown == look.selected;
+    if (look.icons != 1) return false;
+    const QLatin1String field(place_->field);
+    if (field != "page"_L1 && field != "editable"_L1) return look.shown == look.selected;
+    // Whether a break between two blocks belongs to what ends or begins at it, browsers see in several ways.
+    return withoutOuterBreaks(look.shown) == withoutOuterBreaks(look.selected);
 }
 
 void SelectionSession::expectShown(const Look& look) {
