@@ -69,7 +69,7 @@ TEST_P(KeyLayout, shortcutsMeanTheirLettersAndAreClaimedBeforeAndAfterTheChange)
     })) << client.text();
     // The application has its key before it is told of.
     constexpr qint64 f9 = 101;
-    ASSERT_TRUE(waitUntil(5, [&] {
+    ASSERT_TRUE(eventually(5, [&] {
         return !events.empty() && events.back().keyCode == f9 && events.back().type == KeyEventType::keyUp;
     }));
     events.clear();

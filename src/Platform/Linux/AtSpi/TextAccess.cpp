@@ -111,7 +111,7 @@ AXResult<QRectF> TextAccess::bounds(const TextRange& range) {
         facts.value.isTerminal() ? terminalState() : readTextState(object_, toolkit, conversation_);
     if (!state.ok()) return state.error;
     const QString& words = state.value.text();
-    const qint64 at = std::min<qint64>(range.location, words.size());
+    const qint64 at = std::clamp<qint64>(range.location, 0, words.size());
     const bool isBehindCharacters = at == words.size() || (words[at] == u'\n' && range.length <= 1);
     return isBehindCharacters && !words.isEmpty() ? caretAt(state.value, toolkit, at)
                                                   : rectangle(state.value, toolkit, range);
