@@ -245,7 +245,8 @@ AXResult<QRectF> AtSpiAccessibility::frame(const AtSpiElement& object) {
             if (AtSpi::isNotLaidOut(*rectangle, toolkit)) return AXError::failure;
             return AtSpi::placed(*rectangle, address, room.directory, conversation);
         });
-    return found.ok() ? onDesktop(found.value, object.process()) : AXResult<QRectF>(found.error);
+    return found.ok() ? onDesktop(found.value, object.process(), frontWindow(object.process()))
+                      : AXResult<QRectF>(found.error);
 }
 
 /// The window that the process shows in front.
@@ -282,8 +283,8 @@ double AtSpiAccessibility::pixelsPerPoint(const TopLevelWindow& window, qint32 p
     return scale_.pixelsPerPoint;
 }
 
-AXResult<QRectF> AtSpiAccessibility::onDesktop(const PlacedRectangle& placed, qint32 processIdentifier) {
-    const auto window = frontWindow(processIdentifier);
+AXResult<QRectF> AtSpiAccessibility::onDesktop(const PlacedRectangle& placed, qint32 processIdentifier,
+                                               const std::optional<TopLevelWindow>& window) {
     if (!window) {
         const bool needsWindow = placed.toolkit == AtSpi::Toolkit::gtk4 || placed.lowerEdge;
         return needsWindow ? AXResult<QRectF>(AXError::failure) : placed.rectangle;
@@ -314,7 +315,8 @@ AXResult<AXValue> AtSpiAccessibility::copyParameterizedAttributeValue(const AXEl
             if (!bounds.ok()) return bounds.error;
             return AtSpi::placed(bounds.value, address, room.directory, conversation);
         });
-    return found.ok() ? asValue(onDesktop(found.value, target->process())) : AXResult<AXValue>(found.error);
+    return found.ok() ? asValue(onDesktop(found.value, target->process(), window))
+                      : AXResult<AXValue>(found.error);
 }
 
 AXError AtSpiAccessibility::setAttributeValue(const AXElementRef& element, AXAttribute attribute,

@@ -59,7 +59,8 @@ private:
                                             const std::vector<AXAttribute>& attributes);
     AXResult<AXValue> focusedElement(qint32 processIdentifier);
     AXResult<QRectF> frame(const AtSpi::AtSpiElement& object);
-    AXResult<QRectF> onDesktop(const AtSpi::PlacedRectangle& placed, qint32 processIdentifier);
+    AXResult<QRectF> onDesktop(const AtSpi::PlacedRectangle& placed, qint32 processIdentifier,
+                               const std::optional<TopLevelWindow>& window);
     struct ToldWindow;
     AXResult<ToldWindow> windowAsTold(const TopLevelWindow& window, qint32 processIdentifier);
     double pixelsPerPoint(const TopLevelWindow& window, qint32 processIdentifier);
